@@ -1,0 +1,20 @@
+// Assertions that are on in every build: they guard against programming errors, never against
+// faults in input.
+#pragma once
+
+namespace Fen {
+
+// Prints "Assertion failed: TEXT, file F, line N, function G" on standard error and aborts.
+[[noreturn]] void assertionFailed(char const* text, char const* file, int line,
+                                  char const* function) noexcept;
+
+} // namespace Fen
+
+// Aborts unless `condition` holds; the message is the condition as written.
+#define FEN_ASSERT(condition) FEN_ASSERT_MSG(condition, #condition)
+
+// Aborts unless `condition` holds; the message is `text`, a C string.
+#define FEN_ASSERT_MSG(condition, text)                                                            \
+    (static_cast<bool>(condition)                                                                  \
+         ? static_cast<void>(0)                                                                    \
+         : ::Fen::assertionFailed((text), __FILE__, __LINE__, static_cast<char const*>(__func__)))

@@ -1,0 +1,11 @@
+// The name of the system that the process runs on.
+#pragma once
+
+#include <Rook/String.h>
+
+namespace Fen {
+
+// The host's name as the kernel tells it now; the empty string when it has none.
+Rook::String systemName();
+
+} // namespace Fen

@@ -1,0 +1,105 @@
+// Named slabs: memory for many small objects, with figures that tell how much of it is in use.
+//
+// A slab serves objects of up to 512 bytes from pages of 64 KiB, each page for one size (rounded up
+// to 8 bytes), and larger ones straight from the heap. A page goes back to the heap as soon as its
+// last object does, but for one page per size that is kept for the next object.
+//
+// A slab lives until the process ends, so memory that it handed out may outlive whoever asked for
+// it. All operations may be called from any thread.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <limits>
+#include <mutex>
+#include <new>
+#include <string>
+#include <string_view>
+
+namespace MemSlab {
+
+class Slab {
+  public:
+    explicit Slab(std::string_view name);
+    ~Slab();
+    Slab(Slab const&) = delete;
+    Slab& operator=(Slab const&) = delete;
+
+    std::string const& name() const noexcept { return name_; }
+
+    // Memory for `bytes` bytes, aligned for any object without extended alignment (8 bytes where
+    // `bytes` is no multiple of 16). Throws std::bad_alloc when there is none.
+    void* allocate(std::size_t bytes);
+    // Gives back what allocate(bytes) returned; `bytes` must be the same. A null pointer is
+    // ignored.
+    void deallocate(void* memory, std::size_t bytes) noexcept;
+
+    // Bytes asked for and not yet given back.
+    std::size_t bytesInUse() const noexcept;
+    // Bytes that the slab holds from the heap, those in use included.
+    std::size_t bytesHeld() const noexcept;
+
+  private:
+    struct Page;
+    static constexpr std::size_t pageBytes = std::size_t{64} * 1024;
+    static constexpr std::size_t granule = 8;
+    static constexpr std::size_t largestSmall = 512;
+
+    static std::size_t sizeClass(std::size_t bytes) { return (bytes + granule - 1) / granule; }
+    static Page* pageOf(void* memory) noexcept;
+    Page* makePage(std::size_t sizeClass);
+    void linkPage(Page* page) noexcept;
+    void unlinkPage(Page* page) noexcept;
+    void freePage(Page* page) noexcept;
+    void* allocateSmall(std::size_t sizeClass);
+    void deallocateSmall(void* memory) noexcept;
+
+    std::string const name_;
+    mutable std::mutex mutex_;
+    // Per size, the pages with room, as a doubly linked list.
+    std::array<Page*, largestSmall / granule + 1> pagesWithRoom_{};
+    std::size_t bytesInUse_ = 0;
+    std::size_t bytesHeld_ = 0;
+};
+
+// The slab of this name, made when it is first asked for and never destroyed.
+Slab& slab(std::string_view name);
+
+// A standard allocator that draws on one slab. Two allocators are equal when their slabs are the
+// same; containers take the allocator along when they are moved, copied or swapped.
+template <class T>
+class Allocator {
+  public:
+    using value_type = T;
+    using propagate_on_container_copy_assignment = std::true_type;
+    using propagate_on_container_move_assignment = std::true_type;
+    using propagate_on_container_swap = std::true_type;
+    using is_always_equal = std::false_type;
+
+    explicit Allocator(Slab& slab) noexcept : slab_(&slab) {}
+    // Draws on the slab named "default".
+    Allocator() : slab_(&MemSlab::slab("default")) {}
+    template <class U>
+    Allocator(Allocator<U> const& other) noexcept // NOLINT(google-explicit-constructor)
+        : slab_(&other.slab()) {}
+
+    T* allocate(std::size_t count) {
+        if (count > std::numeric_limits<std::size_t>::max() / sizeof(T))
+            throw std::bad_array_new_length();
+        return static_cast<T*>(slab_->allocate(count * sizeof(T)));
+    }
+    void deallocate(T* memory, std::size_t count) noexcept {
+        slab_->deallocate(memory, count * sizeof(T));
+    }
+    Slab& slab() const noexcept { return *slab_; }
+
+    template <class U>
+    friend bool operator==(Allocator const& a, Allocator<U> const& b) noexcept {
+        return &a.slab() == &b.slab();
+    }
+
+  private:
+    Slab* slab_;
+};
+
+} // namespace MemSlab

@@ -1,0 +1,56 @@
+// Rook::Node: the base of everything that is shared through counted references (Rook::Ptr).
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+#include <sys/single_threaded.h>
+
+namespace Rook {
+
+template <class T>
+class Ptr;
+
+// A node lives as long as a Rook::Ptr to it. Its count is kept inside the node: it changes
+// atomically once the process has more than one thread and plainly before.
+class Node {
+  public:
+    Node(Node const&) = delete;
+    Node& operator=(Node const&) = delete;
+
+    // How many Rook::Ptr hold the node; meant for tests and traces.
+    std::uint32_t references() const noexcept {
+        return references_.load(std::memory_order_relaxed);
+    }
+
+  protected:
+    Node() noexcept = default;
+    virtual ~Node() = default;
+
+  private:
+    template <class T>
+    friend class Ptr;
+
+    void retain() const noexcept {
+        if (__libc_single_threaded)
+            references_.store(references() + 1, std::memory_order_relaxed);
+        else
+            references_.fetch_add(1, std::memory_order_relaxed);
+    }
+    // Deletes the node with its last reference.
+    void release() const noexcept {
+        std::uint32_t before = 0;
+        if (__libc_single_threaded) {
+            before = references();
+            references_.store(before - 1, std::memory_order_relaxed);
+        } else {
+            before = references_.fetch_sub(1, std::memory_order_acq_rel);
+        }
+        if (before == 1)
+            delete this;
+    }
+
+    mutable std::atomic<std::uint32_t> references_ = 0;
+};
+
+} // namespace Rook
