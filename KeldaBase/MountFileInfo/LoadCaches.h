@@ -1,0 +1,99 @@
+// What the parser remembers to make loading fast. Everything here follows from the parser's maps
+// and may be dropped at any time.
+#pragma once
+
+#include <bitset>
+#include <cstdint>
+
+#include <KeldaBase/MountFileInfo.h>
+
+#include "PathIndex.h"
+
+namespace Kelda {
+
+// Appends to the lists of a map, remembering the list of the last key, and knows which lists have
+// grown since they were last put in order.
+class ListAppender {
+  public:
+    void append(StringListMap& lists, Rook::String const& key, Rook::String const& value) {
+        if (list_ == nullptr || key != key_) {
+            list_ = &lists[key];
+            key_ = key;
+            grown_.insert(key);
+        }
+        list_->push_back(value);
+    }
+
+    // Calls `putInOrder` for every list that has grown.
+    template <class Operation>
+    void settle(StringListMap& lists, Operation putInOrder) {
+        for (auto const& key : grown_)
+            putInOrder(lists[key]);
+        clear();
+    }
+
+    bool settled() const { return grown_.empty(); }
+
+    void clear() {
+        list_ = nullptr;
+        key_ = Rook::String();
+        UnorderedStringSet().swap(grown_);
+    }
+
+  private:
+    Rook::String key_;
+    StringList* list_ = nullptr;
+    UnorderedStringSet grown_;
+};
+
+// The key of the current mount group, put together once per group.
+class MountGroupKey {
+  public:
+    Rook::String const& of(Rook::String const& agentKey, Rook::String const& group) {
+        if (key_.empty() || agentKey != agentKey_ || group != group_) {
+            agentKey_ = agentKey;
+            group_ = group;
+            key_ = agentKey + "::" + group;
+        }
+        return key_;
+    }
+
+  private:
+    Rook::String agentKey_;
+    Rook::String group_;
+    Rook::String key_;
+};
+
+// Flag values that were found valid; a small table in which a newer value takes an older one's
+// place.
+class ValidFlags {
+  public:
+    bool holds(Fen::MountTable::Flags flags) const { return values_[slot(flags)] == flags.bits(); }
+    void add(Fen::MountTable::Flags flags) { values_[slot(flags)] = flags.bits(); }
+
+  private:
+    static constexpr std::size_t slots = 64;
+    static std::size_t slot(Fen::MountTable::Flags flags) {
+        constexpr std::uint32_t spread = 0x9e3779b1; // multiplicative hashing
+        return (flags.bits() * spread) >> 26U;
+    }
+
+    std::array<std::uint32_t, slots> values_{}; // 0, the empty flags, is always valid
+};
+
+class MountFileInfo::LoadCaches {
+  public:
+    PathIndex records;
+    ListAppender mountGroups;
+    ListAppender profileFiles;
+    MountGroupKey mountGroupKey;
+    ValidFlags validFlags;
+
+    void clear() {
+        records.clear();
+        mountGroups.clear();
+        profileFiles.clear();
+    }
+};
+
+} // namespace Kelda
