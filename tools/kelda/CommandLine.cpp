@@ -1,0 +1,111 @@
+#include "CommandLine.h"
+
+#include <memory>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "HelpFormatter.h"
+#include "MountsCommand.h"
+#include "PreinitCommand.h"
+#include "Text.h"
+
+namespace KeldaTool {
+namespace {
+
+constexpr char const* description =
+    "Ask what preinit files declare and what mount profiles give to agents.";
+
+constexpr char const* footer =
+    "Results go to standard output, everything else to standard error.\n"
+    "\n"
+    "Exit status:\n"
+    "  0  success\n"
+    "  1  a file could not be loaded, or a result could not be written\n"
+    "  2  wrong call\n"
+    "\n"
+    "Environment:\n"
+    "  NO_COLOR                  When not empty, tables have no colour on a terminal either.\n"
+    "  KELDA_EXTRA_PREINIT_PATH  Further preinit files and folders, separated by ':'.\n"
+    "  KELDA_EXTRA_PROFILE_PATH  A further folder with mount profiles.\n"
+    "  MFI_NO_DEFAULT_PREINIT    When set, the folder of --preinit is not read.\n"
+    "\n"
+    "Example:\n"
+    "  kelda mounts FanTray-2 --preinit ./preinit --profiles ./profiles\n"
+    "\n"
+    "'kelda COMMAND --help' explains a command.";
+
+class CommandLine {
+  public:
+    CommandLine() : program_(description, "kelda") {
+        program_.formatter(std::make_shared<HelpFormatter>());
+        program_.set_help_flag("-h,--help", "Print this help and exit");
+        program_.set_version_flag("--version", "kelda " KELDA_VERSION,
+                                  "Print the version and exit");
+        program_.require_subcommand(0, 1);
+        program_.footer(footer);
+        add(std::make_unique<MountsCommand>());
+        add(std::make_unique<PreinitCommand>());
+    }
+
+    Report run(int argc, char const* const* argv, bool colour) {
+        try {
+            program_.parse(argc, argv);
+        } catch (CLI::CallForHelp const&) {
+            return {program_.help(), "", ExitStatus::success};
+        } catch (CLI::CallForVersion const& call) {
+            return {std::string(call.what()) + "\n", "", ExitStatus::success};
+        } catch (CLI::ExtrasError const&) {
+            return wrongCall(unexpectedArgument());
+        } catch (CLI::ParseError const& error) {
+            return wrongCall(error.what());
+        }
+        auto const* const entry = named();
+        return entry == nullptr ? wrongCall("a command is missing") : entry->command->run(colour);
+    }
+
+  private:
+    struct Entry {
+        std::unique_ptr<Command> command;
+        CLI::App* words;
+    };
+
+    void add(std::unique_ptr<Command> command) {
+        auto& words = command->addTo(program_);
+        words.group("Commands");
+        commands_.push_back({std::move(command), &words});
+    }
+
+    // The command that the call names; null when it names none.
+    Entry const* named() const {
+        for (auto const& entry : commands_)
+            if (entry.words->parsed())
+                return &entry;
+        return nullptr;
+    }
+
+    // Only the first one: those after it may well belong to it.
+    std::string unexpectedArgument() const {
+        auto const argument = program_.remaining(true).front();
+        if (named() == nullptr && !argument.starts_with('-'))
+            return fmt::format("there is no command '{}'", argument);
+        return fmt::format("unexpected argument '{}'", argument);
+    }
+
+    Report wrongCall(std::string const& what) const {
+        auto const name = named() == nullptr ? "kelda" : "kelda " + named()->words->get_name();
+        return {"", fmt::format("{}: {}\nTry '{} --help'.\n", name, printable(what), name),
+                ExitStatus::wrongCall};
+    }
+
+    CLI::App program_;
+    std::vector<Entry> commands_;
+};
+
+} // namespace
+
+Report runCommandLine(int argc, char const* const* argv, bool colour) {
+    return CommandLine().run(argc, argv, colour);
+}
+
+} // namespace KeldaTool

@@ -1,0 +1,13 @@
+// What an agent mounts, as a table.
+#pragma once
+
+#include <string>
+
+#include "MountsAnswer.h"
+
+namespace KeldaTool {
+
+/// The mounts, one per line, a sentence about the agent, and a line of totals.
+std::string mountsTable(MountsAnswer const& answer, bool colour);
+
+} // namespace KeldaTool

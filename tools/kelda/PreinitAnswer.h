@@ -1,0 +1,34 @@
+// What the preinit files declare.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include <KeldaBase/AgentMountFileInfo.h>
+
+#include "JsonDocument.h"
+
+namespace KeldaTool {
+
+struct PreinitPath {
+    std::string path; ///< with its tokens
+    std::string type;
+    std::string attribute; ///< empty for none
+    bool isConfig = false;
+};
+
+struct PreinitAnswer {
+    std::vector<PreinitPath> paths;           ///< in byte order
+    std::map<std::string, std::string> types; ///< of every wildcard path
+};
+
+/// Asks a parser, loading it if need be. Faults leave as Fen::AgentException.
+PreinitAnswer askPreinit(Kelda::AgentMountFileInfo& parser);
+
+Json preinitDocument(PreinitAnswer const& answer);
+
+/// The paths, one per line, and a line of totals.
+std::string preinitTable(PreinitAnswer const& answer, bool colour);
+
+} // namespace KeldaTool

@@ -1,0 +1,50 @@
+#include "PreinitCommand.h"
+
+#include <CLI/CLI.hpp>
+#include <KeldaBase/AgentMountFileInfo.h>
+
+#include "LoadFault.h"
+#include "PreinitAnswer.h"
+
+namespace KeldaTool {
+namespace {
+
+constexpr char const* description =
+    "Show what the preinit files declare.\n"
+    "\n"
+    "Every path is shown with its type and attribute, and whether it is a config path. JSON also\n"
+    "tells the type of every wildcard path, those given to ancestors included.";
+
+constexpr char const* footer =
+    "Exit status:\n"
+    "  0  The answer was printed.\n"
+    "  1  A file could not be loaded, or the answer could not be written.\n"
+    "  2  The call was wrong.\n"
+    "\n"
+    "Example:\n"
+    "  kelda preinit --preinit ./preinit --format json";
+
+} // namespace
+
+CLI::App& PreinitCommand::addTo(CLI::App& program) {
+    auto& command = *program.add_subcommand("preinit", description);
+    addPreinitOption(command, preinitDir_);
+    addFormatOption(command, format_);
+    command.footer(footer);
+    return command;
+}
+
+Report PreinitCommand::run(bool colour) const {
+    // Without agents, the preinit files are all that is loaded.
+    Kelda::AgentMountFileInfo parser(false, preinitDir_, "", false, "DefaultMountGroup");
+    try {
+        auto const answer = askPreinit(parser);
+        return {format_ == Format::json ? documentText(preinitDocument(answer))
+                                        : preinitTable(answer, colour),
+                "", ExitStatus::success};
+    } catch (Fen::AgentException const& thrown) {
+        return faultReport(lastFault(parser, thrown), format_);
+    }
+}
+
+} // namespace KeldaTool
