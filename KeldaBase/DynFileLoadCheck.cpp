@@ -5,7 +5,9 @@
 
 #include "Tracing.h"
 
-FileLoadCheckNoOp::FileLoadCheckNoOp(std::string const& fileType) : fileType_(fileType) {}
+// Taken by reference, as every factory takes it.
+FileLoadCheckNoOp::FileLoadCheckNoOp(std::string const& fileType) // NOLINT(modernize-pass-by-value)
+    : fileType_(fileType) {}
 
 int FileLoadCheckNoOp::parse() {
     MFI_TRACE(8, "virtual int FileLoadCheckNoOp::parse()");

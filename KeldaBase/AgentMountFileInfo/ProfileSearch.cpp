@@ -63,7 +63,7 @@ Rook::String AgentMountFileInfo::nameToMatch() {
     auto const position = agentString_.find(activeInfix);
     if (position == Rook::String::npos)
         return agentString_;
-    auto const stripped =
+    auto stripped =
         agentString_.substr(0, position) + agentString_.substr(position + activeInfix.size() - 1);
     MFI_TRACE(5, "Agent '{}' is -Active- variant, matching with stripped: {}", agentString_,
               stripped);

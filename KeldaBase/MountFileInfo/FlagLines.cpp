@@ -24,10 +24,10 @@ bool MountFileInfo::validFlags(Rook::String const& flags, bool isConnectionFlags
             MFI_TRACE(1, "Encountered internal mount flag {}", letter);
         if (kind != FlagVocabulary::LetterKind::unknown)
             continue;
-        reportAndTrace(fmt::format("Encountered {} flag {}",
-                                   isConnectionFlags ? "invalid connection" : "unknown mount",
-                                   letter));
         valid = false;
+        reportAndTrace(isConnectionFlags
+                           ? fmt::format("Encountered invalid connection flag {}", letter)
+                           : fmt::format("Encountered unknown mount flag {}", letter));
     }
     switch (FlagVocabulary::breachOf(flags, isConnectionFlags)) {
     case FlagVocabulary::RuleBreach::cWithD:

@@ -80,7 +80,6 @@ void MountFileInfo::releaseLoadedData() {
     release(pathAttrMap_);
     release(pathConfigInfoMap_);
     releaseProfileMaps();
-    release(intermediatePaths_);
     resetProfileState();
     defaultPreinitsLoaded_ = false;
     allProfilesLoaded_ = false;
@@ -103,6 +102,7 @@ void MountFileInfo::releaseProfileMaps() {
     release(profileFileIncludesMap_);
     release(agentStringProfileFileMap_);
     release(pathMountArgsMap_);
+    release(intermediatePaths_);
     release(currentFiles_);
 }
 

@@ -11,39 +11,47 @@
 
 namespace Kelda {
 
-// Appends to the lists of a map, remembering the list of the last key, and knows which lists have
-// grown since they were last put in order.
+// Appends to the lists of a map, remembering the list of the last key.
 class ListAppender {
   public:
-    void append(StringListMap& lists, Rook::String const& key, Rook::String const& value) {
-        if (list_ == nullptr || key != key_) {
+    // Returns whether the list is another one than that of the call before.
+    bool append(StringListMap& lists, Rook::String const& key, Rook::String const& value) {
+        bool const isOther = list_ == nullptr || key != key_;
+        if (isOther) {
             list_ = &lists[key];
             key_ = key;
-            grown_.insert(key);
         }
         list_->push_back(value);
+        return isOther;
     }
-
-    // Calls `putInOrder` for every list that has grown.
-    template <class Operation>
-    void settle(StringListMap& lists, Operation putInOrder) {
-        for (auto const& key : grown_)
-            putInOrder(lists[key]);
-        clear();
-    }
-
-    bool settled() const { return grown_.empty(); }
 
     void clear() {
         list_ = nullptr;
         key_ = Rook::String();
-        UnorderedStringSet().swap(grown_);
     }
 
   private:
     Rook::String key_;
     StringList* list_ = nullptr;
-    UnorderedStringSet grown_;
+};
+
+// The keys of lists that are to be put in order before somebody reads them.
+class UnsettledLists {
+  public:
+    void add(Rook::String const& key) { keys_.insert(key); }
+
+    template <class Operation>
+    void settle(StringListMap& lists, Operation putInOrder) {
+        for (auto const& key : keys_)
+            if (auto const list = lists.find(key); list != lists.end())
+                putInOrder(list->second);
+        clear();
+    }
+
+    void clear() { UnorderedStringSet().swap(keys_); }
+
+  private:
+    UnorderedStringSet keys_;
 };
 
 // The key of the current mount group, put together once per group.
@@ -85,14 +93,18 @@ class MountFileInfo::LoadCaches {
   public:
     PathIndex records;
     ListAppender mountGroups;
+    UnsettledLists grownMountGroups;
     ListAppender profileFiles;
+    UnsettledLists endedProfileFiles;
     MountGroupKey mountGroupKey;
     ValidFlags validFlags;
 
     void clear() {
         records.clear();
         mountGroups.clear();
+        grownMountGroups.clear();
         profileFiles.clear();
+        endedProfileFiles.clear();
     }
 };
 

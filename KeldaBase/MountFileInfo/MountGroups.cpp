@@ -63,14 +63,15 @@ void MountFileInfo::handleNoDefaultMountGroupLine() {
 
 void MountFileInfo::mountGroupPathsMapIs(Rook::String const& key, Rook::String const& path) {
     MFI_TRACE(8, "( key: {}, value: {} )", key, path);
-    caches_->mountGroups.append(mountGroupPathsMap_, key, path);
+    if (caches_->mountGroups.append(mountGroupPathsMap_, key, path))
+        caches_->grownMountGroups.add(key);
 }
 
 void MountFileInfo::sortMountGroups() {
-    caches_->mountGroups.settle(mountGroupPathsMap_, [](StringList& paths) {
+    caches_->mountGroups.clear();
+    caches_->grownMountGroups.settle(mountGroupPathsMap_, [](StringList& paths) {
         std::ranges::sort(paths);
-        auto const repeated = std::ranges::unique(paths);
-        paths.erase(repeated.begin(), repeated.end());
+        paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
         paths.shrink_to_fit();
     });
 }

@@ -21,12 +21,10 @@ class PathIndex {
         if (records_.empty())
             return nullptr;
         auto const hash = hashOf(path);
-        for (auto slot = hash & mask();; slot = (slot + 1) & mask()) {
-            if (records_[slot] == nullptr)
-                return nullptr;
+        for (auto slot = hash & mask(); hashes_[slot] != 0; slot = (slot + 1) & mask())
             if (hashes_[slot] == hash && records_[slot]->first == path)
                 return records_[slot];
-        }
+        return nullptr;
     }
 
     // Adds a record that the index does not hold yet.
@@ -50,15 +48,17 @@ class PathIndex {
     using Records = std::vector<Record*, Allocator<Record*>>;
     static constexpr std::size_t smallest = 64;
 
+    // Never 0, which marks a free slot.
     static std::uint32_t hashOf(Rook::String const& path) {
-        return static_cast<std::uint32_t>(std::hash<Rook::String>()(path));
+        auto const hash = static_cast<std::uint32_t>(std::hash<Rook::String>()(path));
+        return hash == 0 ? 1 : hash;
     }
     std::size_t mask() const { return records_.size() - 1; }
 
     static void place(Hashes& hashes, Records& records, std::uint32_t hash, Record* record) {
         auto const mask = records.size() - 1;
         auto slot = hash & mask;
-        while (records[slot] != nullptr)
+        while (hashes[slot] != 0)
             slot = (slot + 1) & mask;
         hashes[slot] = hash;
         records[slot] = record;

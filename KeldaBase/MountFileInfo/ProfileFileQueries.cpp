@@ -19,11 +19,11 @@ void MountFileInfo::agentStringProfileFileMapIs(Rook::String const& key,
     agentStringProfileFileMap_[key].push_back(profileFile);
 }
 
-// The paths of a file are put in order when somebody asks for them: a file that many profiles
-// include would otherwise be sorted again with each of them.
+// The paths of a file that was read to its end are put in order when somebody asks for them: a file
+// that many profiles include would otherwise be sorted again with each of them.
 StringListMap const& MountFileInfo::profileFilePathsMap() const {
-    caches_->profileFiles.settle(profileFilePathsMap_,
-                                 [](StringList& paths) { std::ranges::sort(paths); });
+    caches_->endedProfileFiles.settle(profileFilePathsMap_,
+                                      [](StringList& paths) { std::ranges::sort(paths); });
     return profileFilePathsMap_;
 }
 

@@ -155,6 +155,7 @@ int MountFileInfo::handleProfileLine(LineBuffer& line, LineBuffer const& lineWit
 }
 
 void MountFileInfo::finishProfile(int profiles) {
+    caches_->endedProfileFiles.add(currentFileName());
     if (!inInclude_)
         resetFileContext();
     MFI_TRACE(5, "processed {} profiles", profiles);

@@ -53,11 +53,12 @@ class UnknownTexts {
 
     std::uint32_t numberOf(Rook::String const& text) {
         std::lock_guard const lock(mutex_);
-        auto const [found, added] =
-            numbers_.try_emplace(text, static_cast<std::uint32_t>(texts_.size()));
-        if (added)
-            texts_.push_back(text);
-        return found->second;
+        if (auto const found = numbers_.find(text); found != numbers_.end())
+            return found->second;
+        auto const number = static_cast<std::uint32_t>(texts_.size());
+        texts_.push_back(text);
+        numbers_.emplace(text, number);
+        return number;
     }
 
     Rook::String text(std::uint32_t number) {
@@ -95,11 +96,24 @@ Rook::String mountTableFlagsToString(Flags flags) {
     return std::string_view(text.data(), length);
 }
 
+namespace {
+
+// The first text, and the letters of the second that it lacks.
+Rook::String joinedLetters(Rook::String const& a, Rook::String const& b) {
+    std::string joined(a.view());
+    for (char const letter : b.view())
+        if (joined.find(letter) == std::string::npos)
+            joined += letter;
+    return joined;
+}
+
+} // namespace
+
 Flags safelyMergeFlags(Flags a, Flags b) {
     if (!a.isUnknownText() && !b.isUnknownText())
         return a | b;
-    return a == b ? a
-                  : parseMountTableFlags(mountTableFlagsToString(a) + mountTableFlagsToString(b));
+    return parseMountTableFlags(
+        joinedLetters(mountTableFlagsToString(a), mountTableFlagsToString(b)));
 }
 
 } // namespace KeldaUtil

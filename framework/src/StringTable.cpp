@@ -1,12 +1,14 @@
 // The deduplication table behind Rook::String: open addressing with linear probing over two
-// parallel arrays, the hashes (probed first, sixteen to a cache line) and the buffers.
+// parallel arrays, the hashes (sixteen to a cache line; 0 marks a free slot) and the buffers, which
+// are looked at only where the hashes are equal.
 //
 // A buffer whose last String is gone stays in the table with a count of zero and can be taken up
-// again under the table's lock. Unused buffers are swept out when the table is about to grow and by
-// defragment(). Nobody but the holder of the lock can raise a count from zero, so a count that the
-// sweep reads as zero stays zero.
+// again under the table's lock. Unused buffers go when the table is about to grow and by
+// defragment(). Nobody but the holder of the lock can raise a count from zero, so a count that is
+// read as zero under the lock stays zero.
 #include <Rook/String.h>
 
+#include <algorithm>
 #include <cstring>
 #include <mutex>
 #include <new>
@@ -35,8 +37,9 @@ std::uint64_t mix(std::uint64_t a, std::uint64_t b) {
     return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 }
 
-// A multiply-and-fold hash, eight characters a step. The constants are the fractional parts of the
-// golden ratio and of the square root of two: any odd numbers with evenly spread bits would do.
+// A multiply-and-fold hash, eight characters a step; never 0. The constants are the fractional
+// parts of the golden ratio and of the square root of two: any odd numbers with evenly spread bits
+// would do.
 std::uint32_t hashOf(std::string_view text) {
     constexpr std::uint64_t golden = 0x9e3779b97f4a7c15;
     constexpr std::uint64_t root = 0x6a09e667f3bcc909;
@@ -46,7 +49,8 @@ std::uint32_t hashOf(std::string_view text) {
     for (; left >= 8; at += 8, left -= 8)
         state = mix(state ^ readTail(at, 8), golden);
     state = mix(state ^ readTail(at, left), root);
-    return static_cast<std::uint32_t>(state ^ (state >> 32));
+    auto const folded = static_cast<std::uint32_t>(state ^ (state >> 32));
+    return folded == 0 ? 1 : folded;
 }
 
 } // namespace
@@ -65,7 +69,7 @@ class StringTable {
         auto const hash = hashOf(text);
         KeldaFramework::SharedLock const lock(mutex_);
         if (used_ + 1 > capacity() / 4 * 3)
-            rebuild(sweep());
+            rebuild();
         auto const slot = findSlot(text, hash);
         if (reps_[slot] != nullptr) {
             String::retain(reps_[slot]);
@@ -80,7 +84,7 @@ class StringTable {
 
     void defragment() {
         KeldaFramework::SharedLock const lock(mutex_);
-        rebuild(sweep());
+        rebuild();
     }
 
     String::TableFigures figures() {
@@ -100,13 +104,13 @@ class StringTable {
     std::size_t findSlot(std::string_view text, std::uint32_t hash) const {
         auto const mask = capacity() - 1;
         for (auto slot = hash & mask;; slot = (slot + 1) & mask) {
-            auto* const rep = reps_[slot];
-            if (rep == nullptr)
-                return slot;
-            if (hashes_[slot] == hash && rep->size == text.size() &&
-                std::memcmp(rep->text(), text.data(), text.size()) == 0)
+            if (hashes_[slot] == 0 || (hashes_[slot] == hash && holds(*reps_[slot], text)))
                 return slot;
         }
+    }
+
+    static bool holds(String::Rep& rep, std::string_view text) {
+        return rep.size == text.size() && std::memcmp(rep.text(), text.data(), text.size()) == 0;
     }
 
     static std::size_t repBytes(std::size_t textSize) { return sizeof(String::Rep) + textSize + 1; }
@@ -120,44 +124,43 @@ class StringTable {
         return rep;
     }
 
-    // Frees every unused buffer, leaving empty slots behind, and returns how many remain. The table
-    // must be rebuilt afterwards: probing may not stop at the new gaps.
-    std::size_t sweep() {
-        std::size_t kept = 0;
-        for (auto*& rep : reps_) {
-            if (rep == nullptr)
-                continue;
-            if (rep->references.load(std::memory_order_acquire) != 0) {
-                ++kept;
-                continue;
-            }
-            slab_.deallocate(rep, repBytes(rep->size));
-            rep = nullptr;
-        }
-        return kept;
+    static bool isUsed(String::Rep const* rep) {
+        return rep != nullptr && rep->references.load(std::memory_order_acquire) != 0;
     }
 
-    // Moves all buffers to a table that is at most three eighths full, so that a sweep is paid for
-    // by at least as many insertions.
-    void rebuild(std::size_t kept) {
+    // Moves the buffers in use to a table that is at most three eighths full, so that the work is
+    // paid for by at least as many insertions, and frees the others. Changes nothing when there is
+    // no memory for the table.
+    void rebuild() {
+        auto const kept =
+            static_cast<std::size_t>(std::count_if(reps_.begin(), reps_.end(), isUsed));
         auto wanted = smallestCapacity;
         while (kept > wanted / 8 * 3)
             wanted *= 2;
         std::vector<std::uint32_t> hashes(wanted);
         std::vector<String::Rep*> reps(wanted);
-        auto const mask = wanted - 1;
+        std::size_t moved = 0;
         for (std::size_t old = 0; old < capacity(); ++old) {
-            if (reps_[old] == nullptr)
-                continue;
-            auto slot = hashes_[old] & mask;
-            while (reps[slot] != nullptr)
-                slot = (slot + 1) & mask;
-            hashes[slot] = hashes_[old];
-            reps[slot] = reps_[old];
+            if (isUsed(reps_[old])) {
+                place(hashes, reps, hashes_[old], reps_[old]);
+                ++moved;
+            } else if (reps_[old] != nullptr) {
+                slab_.deallocate(reps_[old], repBytes(reps_[old]->size));
+            }
         }
         hashes_ = std::move(hashes);
         reps_ = std::move(reps);
-        used_ = kept;
+        used_ = moved;
+    }
+
+    static void place(std::vector<std::uint32_t>& hashes, std::vector<String::Rep*>& reps,
+                      std::uint32_t hash, String::Rep* rep) {
+        auto const mask = hashes.size() - 1;
+        auto slot = hash & mask;
+        while (hashes[slot] != 0)
+            slot = (slot + 1) & mask;
+        hashes[slot] = hash;
+        reps[slot] = rep;
     }
 
     std::mutex mutex_;

@@ -15,6 +15,11 @@ namespace {
 
 constexpr unsigned levels = 16;
 
+// A line that standard error does not take is lost: tracing never fails.
+void writeLine(std::string const& text) {
+    std::fputs((text + "\n").c_str(), stderr);
+}
+
 // Cuts `text` at the first `separator`: returns what stands before it and leaves what follows.
 std::string_view cut(std::string_view& text, char separator) {
     auto const end = text.find(separator);
@@ -49,8 +54,8 @@ std::uint16_t maskOfLevels(std::string_view component, std::string_view text) {
         if (auto const range = maskOfRange(part))
             mask = static_cast<std::uint16_t>(mask | *range);
         else
-            fmt::print(stderr, "KELDA_TRACE: no trace level: '{}' of component '{}'\n", part,
-                       component);
+            writeLine(fmt::format("KELDA_TRACE: no trace level: '{}' of component '{}'", part,
+                                  component));
     }
     return mask;
 }
@@ -61,14 +66,13 @@ std::uint16_t maskFromEnvironment(std::string_view component) {
     std::uint16_t mask = 0;
     while (!rest.empty()) {
         auto entry = cut(rest, ';');
-        if (cut(entry, '=') == component)
-            mask = maskOfLevels(component, entry);
+        if (cut(entry, '=') != component)
+            continue;
+        if (entry.empty())
+            writeLine(fmt::format("KELDA_TRACE: no trace level: '' of component '{}'", component));
+        mask = static_cast<std::uint16_t>(mask | maskOfLevels(component, entry));
     }
     return mask;
-}
-
-void writeToStandardError(std::string const& component, int level, std::string const& text) {
-    fmt::print(stderr, "{} {}: {}\n", component, level, text);
 }
 
 // All handles and the sink; never destroyed, since static objects may trace while the process ends.
@@ -103,13 +107,22 @@ Sink setSink(Sink sink) {
 }
 
 void emit(Handle const& handle, unsigned level, fmt::string_view format, fmt::format_args args) {
+    // A sink that traces itself would wait for its own end, or never come to it.
+    thread_local bool inSink = false;
+    if (inSink)
+        return;
     auto const text = fmt::vformat(format, args);
     auto& all = registry();
     std::lock_guard const lock(all.sinkMutex);
-    if (all.sink)
-        all.sink(handle.name(), static_cast<int>(level), text);
-    else
-        writeToStandardError(handle.name(), static_cast<int>(level), text);
+    if (!all.sink) {
+        writeLine(fmt::format("{} {}: {}", handle.name(), level, text));
+        return;
+    }
+    struct Within {
+        Within() { inSink = true; }
+        ~Within() { inSink = false; }
+    } const within;
+    all.sink(handle.name(), static_cast<int>(level), text);
 }
 
 } // namespace Trace

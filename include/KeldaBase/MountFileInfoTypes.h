@@ -90,8 +90,7 @@ struct Allocator : MemSlab::Allocator<T> {
     };
     Allocator() : MemSlab::Allocator<T>(mountFileInfoSlab()) {}
     template <class U>
-    Allocator(Allocator<U> const& other) noexcept // NOLINT(google-explicit-constructor)
-        : MemSlab::Allocator<T>(other) {}
+    Allocator(Allocator<U> const& other) noexcept : MemSlab::Allocator<T>(other) {}
 };
 
 using StringList = std::vector<Rook::String, Allocator<Rook::String>>;

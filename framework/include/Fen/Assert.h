@@ -10,8 +10,8 @@ namespace Fen {
 
 } // namespace Fen
 
-// Aborts unless `condition` holds; the message is the condition as written.
-#define FEN_ASSERT(condition) FEN_ASSERT_MSG(condition, #condition)
+// Aborts unless the condition holds; the message is the condition as written.
+#define FEN_ASSERT(...) FEN_ASSERT_MSG((__VA_ARGS__), #__VA_ARGS__)
 
 // Aborts unless `condition` holds; the message is `text`, a C string.
 #define FEN_ASSERT_MSG(condition, text)                                                            \

@@ -18,8 +18,8 @@ Fen::MountTable::Flags parseMountTableFlags(Rook::String const& text);
 // already: 0x80003 gives "rw", 0x84010 gives "tny".
 Rook::String mountTableFlagsToString(Fen::MountTable::Flags flags);
 
-// The union of both. Where one stands for a text with unknown letters, the result stands for both
-// texts joined.
+// The union of both. Where one stands for a text with unknown letters, the result stands for the
+// first text followed by the letters of the second that it lacks.
 Fen::MountTable::Flags safelyMergeFlags(Fen::MountTable::Flags a, Fen::MountTable::Flags b);
 
 } // namespace KeldaUtil

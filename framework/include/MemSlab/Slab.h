@@ -21,6 +21,7 @@ namespace MemSlab {
 class Slab {
   public:
     explicit Slab(std::string_view name);
+    // All that the slab handed out must have come back.
     ~Slab();
     Slab(Slab const&) = delete;
     Slab& operator=(Slab const&) = delete;
@@ -80,10 +81,10 @@ class Allocator {
     // Draws on the slab named "default".
     Allocator() : slab_(&MemSlab::slab("default")) {}
     template <class U>
-    Allocator(Allocator<U> const& other) noexcept // NOLINT(google-explicit-constructor)
-        : slab_(&other.slab()) {}
+    Allocator(Allocator<U> const& other) noexcept : slab_(&other.slab()) {}
 
     T* allocate(std::size_t count) {
+        static_assert(alignof(T) <= alignof(std::max_align_t), "slabs do not align further");
         if (count > std::numeric_limits<std::size_t>::max() / sizeof(T))
             throw std::bad_array_new_length();
         return static_cast<T*>(slab_->allocate(count * sizeof(T)));

@@ -18,14 +18,13 @@ class Ptr {
     using element_type = T;
 
     Ptr() noexcept = default;
-    Ptr(std::nullptr_t) noexcept {}                   // NOLINT(google-explicit-constructor)
-    Ptr(T* node) noexcept : node_(node) { retain(); } // NOLINT(google-explicit-constructor)
+    Ptr(std::nullptr_t) noexcept {}
+    Ptr(T* node) noexcept : node_(node) { retain(); }
     Ptr(Ptr const& other) noexcept : node_(other.node_) { retain(); }
     Ptr(Ptr&& other) noexcept : node_(std::exchange(other.node_, nullptr)) {}
     template <class U>
     requires std::is_convertible_v<U*, T*> Ptr(Ptr<U> const& other)
-    noexcept // NOLINT(google-explicit-constructor)
-        : Ptr(other.get()) {}
+    noexcept : Ptr(other.get()) {}
     Ptr& operator=(Ptr other) noexcept {
         std::swap(node_, other.node_);
         return *this;

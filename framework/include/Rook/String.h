@@ -29,7 +29,8 @@ namespace Rook {
 
 class String;
 
-// Anything that can be compared with or appended to a String without being one.
+// Anything that can be compared with or appended to a String without being one. A null pointer
+// counts as the empty string.
 template <class T>
 concept StringLike = !std::same_as<T, String> && std::convertible_to<T const&, std::string_view>;
 
@@ -42,16 +43,15 @@ class String {
 
     // The string with these characters. A null pointer gives the empty string; a view or a
     // std::string may hold NUL characters. At most 4 GiB - 1 characters.
-    String(char const* text) : String(text == nullptr ? std::string_view() : text) {}
+    String(char const* text) : String(viewOf(text)) {}
     String(std::string_view text) : rep_(text.empty() ? nullptr : intern(text)) {}
     String(std::string const& text) : String(std::string_view(text)) {}
 
     String(String const& other) noexcept : rep_(other.rep_) { retain(rep_); }
     String(String&& other) noexcept : rep_(std::exchange(other.rep_, nullptr)) {}
     String& operator=(String const& other) noexcept {
-        retain(other.rep_);
-        release(rep_);
-        rep_ = other.rep_;
+        String copy(other);
+        std::swap(rep_, copy.rep_);
         return *this;
     }
     String& operator=(String&& other) noexcept {
@@ -81,7 +81,7 @@ class String {
 
     template <class T>
     requires std::convertible_to<T const&, std::string_view> String& operator+=(T const& more) {
-        *this = concat(view(), std::string_view(more));
+        *this = concat(view(), viewOf(more));
         return *this;
     }
 
@@ -95,20 +95,20 @@ class String {
     }
     template <StringLike T>
     friend bool operator==(String const& a, T const& b) noexcept {
-        return a.view() == std::string_view(b);
+        return a.view() == viewOf(b);
     }
     template <StringLike T>
     friend std::strong_ordering operator<=>(String const& a, T const& b) noexcept {
-        return compare(a.view(), std::string_view(b));
+        return compare(a.view(), viewOf(b));
     }
     friend String operator+(String const& a, String const& b) { return concat(a.view(), b.view()); }
     template <StringLike T>
     friend String operator+(String const& a, T const& b) {
-        return concat(a.view(), std::string_view(b));
+        return concat(a.view(), viewOf(b));
     }
     template <StringLike T>
     friend String operator+(T const& a, String const& b) {
-        return concat(std::string_view(a), b.view());
+        return concat(viewOf(a), b.view());
     }
 
     // Gives back the buffers that no String uses any more and shrinks the table to what is left.
@@ -133,6 +133,16 @@ class String {
         char* text() noexcept { return reinterpret_cast<char*>(this + 1); }
     };
     friend class StringTable;
+
+    template <class T>
+    static std::string_view viewOf(T const& text) {
+        if constexpr (std::convertible_to<T const&, char const*>) {
+            char const* const characters = text;
+            return characters == nullptr ? std::string_view() : characters;
+        } else {
+            return text;
+        }
+    }
 
     static Rep* intern(std::string_view text);
     static String concat(std::string_view a, std::string_view b);

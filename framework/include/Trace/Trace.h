@@ -45,7 +45,7 @@ using Sink = std::function<void(std::string const& component, int level, std::st
 
 // Replaces the sink and returns the former one. An empty sink stands for the default, which writes
 // "COMPONENT LEVEL: TEXT" lines to standard error. Sinks are called one at a time; a sink must not
-// call setSink.
+// call setSink, and what it traces itself is dropped.
 Sink setSink(Sink sink);
 
 // Formats a message and hands it to the sink; use TRACE_MESSAGE, which checks the level first.
