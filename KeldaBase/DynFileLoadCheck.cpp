@@ -1,6 +1,8 @@
 // The choice of the file-load check, and the built-in check that allows every file.
 #include <KeldaBase/DynFileLoadCheck.h>
 
+#include <mutex>
+
 #include <dlfcn.h>
 
 #include "Tracing.h"
@@ -63,8 +65,6 @@ DynFileLoadCheck::Factory pluginFactory() {
 } // namespace
 
 void DynFileLoadCheck::chooseFactory() {
-    if (initialized_)
-        return;
     getNewPtr_ = pluginFactory();
     if (getNewPtr_ != nullptr) {
         MFI_TRACE(9, "Using external FileLoadCheck implementation");
@@ -75,8 +75,14 @@ void DynFileLoadCheck::chooseFactory() {
     initialized_ = true;
 }
 
+namespace {
+
+std::once_flag factoryChosen;
+
+} // namespace
+
 DynFileLoadCheck::DynFileLoadCheck(std::string const& fileType) {
-    chooseFactory();
+    std::call_once(factoryChosen, chooseFactory);
     check_.reset(getNewPtr_(fileType));
     // A factory that fails leaves the built-in check: every file may be read.
     if (!check_)

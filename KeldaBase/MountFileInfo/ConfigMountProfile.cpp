@@ -13,7 +13,6 @@ int MountFileInfo::loadConfigMountProfile() {
     constexpr char const* flagsText = "wi";
     auto const flags = KeldaUtil::parseMountTableFlags(flagsText);
     MFI_TRACE(2, "Reading virtual ConfigMountProfile file ");
-    noteInclude(configMountProfileName);
     for (auto const& [path, info] : pathConfigInfoMap_) {
         if (!info.isConfig || !info.isExplicit)
             continue;

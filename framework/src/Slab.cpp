@@ -1,5 +1,5 @@
-// Slab pages: each page of 64 KiB starts at a multiple of its size, so that an object finds its
-// page by its address, and serves objects of one size from a free list of its own.
+// Slab pages: each page starts at a multiple of its size, so that an object finds its page by its
+// address, and serves objects of one size from a free list of its own.
 #include <MemSlab/Slab.h>
 
 #include <cstdint>
@@ -30,56 +30,38 @@ constexpr bool usesPages = MEMSLAB_USES_PAGES != 0;
 
 } // namespace
 
+// Pages that were taken from the heap together.
+struct Slab::Span {
+    char* memory;
+    std::size_t pagesInUse;
+};
+
 // The head of a page; its objects follow it.
 struct Slab::Page {
     Page* previous;
     Page* next;
+    Span* span;
     void* freeList;     // objects that came back; each holds the address of the next
     char* unused;       // where the objects that were never handed out begin
     std::uint32_t live; // objects in use
     std::uint32_t sizeClass;
 
+    void serve(std::size_t newSizeClass) {
+        freeList = nullptr;
+        unused = reinterpret_cast<char*>(this) + headBytes;
+        live = 0;
+        sizeClass = static_cast<std::uint32_t>(newSizeClass);
+    }
     std::size_t objectBytes() const { return sizeClass * granule; }
-    char* begin() { return reinterpret_cast<char*>(this) + headBytes; }
-    char* end() { return reinterpret_cast<char*>(this) + pageBytes; }
-    bool full() { return freeList == nullptr && unused + objectBytes() > end(); }
+    bool full() {
+        return freeList == nullptr &&
+               unused + objectBytes() > reinterpret_cast<char*>(this) + pageBytes;
+    }
 
     static constexpr std::size_t headBytes = 64;
 };
 
-Slab::Slab(std::string_view name) : name_(name) {}
-
-Slab::~Slab() {
-    for (auto* page : pagesWithRoom_)
-        while (page != nullptr) {
-            auto* const next = page->next;
-            freePage(page);
-            page = next;
-        }
-}
-
-Slab::Page* Slab::pageOf(void* memory) noexcept {
-    return reinterpret_cast<Page*>(reinterpret_cast<std::uintptr_t>(memory) &
-                                   ~std::uintptr_t{pageBytes - 1});
-}
-
-Slab::Page* Slab::makePage(std::size_t sizeClass) {
-    static_assert(sizeof(Page) <= Page::headBytes);
-    void* const memory = ::operator new (pageBytes, std::align_val_t{pageBytes});
-    bytesHeld_ += pageBytes;
-    auto* const page = new (memory) Page{};
-    page->sizeClass = static_cast<std::uint32_t>(sizeClass);
-    page->unused = page->begin();
-    return page;
-}
-
-void Slab::freePage(Page* page) noexcept {
-    bytesHeld_ -= pageBytes;
-    ::operator delete (page, std::align_val_t{pageBytes});
-}
-
-void Slab::linkPage(Page* page) noexcept {
-    auto*& first = pagesWithRoom_[page->sizeClass];
+void Slab::PageList::add(Page* page) noexcept {
     page->previous = nullptr;
     page->next = first;
     if (first != nullptr)
@@ -87,21 +69,74 @@ void Slab::linkPage(Page* page) noexcept {
     first = page;
 }
 
-void Slab::unlinkPage(Page* page) noexcept {
-    if (page->previous != nullptr)
-        page->previous->next = page->next;
-    else
-        pagesWithRoom_[page->sizeClass] = page->next;
+void Slab::PageList::remove(Page* page) noexcept {
+    (page->previous != nullptr ? page->previous->next : first) = page->next;
     if (page->next != nullptr)
         page->next->previous = page->previous;
 }
 
-void* Slab::allocateSmall(std::size_t sizeClass) {
-    auto* page = pagesWithRoom_[sizeClass];
-    if (page == nullptr) {
-        page = makePage(sizeClass);
-        linkPage(page);
+Slab::Slab(std::string_view name) : name_(name) {}
+
+Slab::~Slab() {
+    if (spareSpan_ != nullptr)
+        freeSpan(spareSpan_);
+}
+
+Slab::Page* Slab::pageOf(void* memory) noexcept {
+    return reinterpret_cast<Page*>(reinterpret_cast<std::uintptr_t>(memory) &
+                                   ~std::uintptr_t{pageBytes - 1});
+}
+
+void Slab::addSpan() {
+    static_assert(sizeof(Page) <= Page::headBytes);
+    auto span = std::make_unique<Span>();
+    span->memory = static_cast<char*>(::operator new (spanBytes, std::align_val_t{pageBytes}));
+    span->pagesInUse = 0;
+    bytesHeld_ += spanBytes;
+    for (std::size_t i = 0; i < pagesPerSpan; ++i) {
+        auto* const page = new (span->memory + i * pageBytes) Page{};
+        page->span = span.get();
+        freePages_.add(page);
     }
+    spareSpan_ = span.release();
+}
+
+void Slab::freeSpan(Span* span) noexcept {
+    for (std::size_t i = 0; i < pagesPerSpan; ++i)
+        freePages_.remove(reinterpret_cast<Page*>(span->memory + i * pageBytes));
+    bytesHeld_ -= spanBytes;
+    ::operator delete (span->memory, std::align_val_t{pageBytes});
+    delete span;
+}
+
+// A page with no objects yet, among those with room.
+Slab::Page* Slab::takePage(std::size_t sizeClass) {
+    if (freePages_.first == nullptr)
+        addSpan();
+    auto* const page = freePages_.first;
+    freePages_.remove(page);
+    if (page->span == spareSpan_)
+        spareSpan_ = nullptr;
+    ++page->span->pagesInUse;
+    page->serve(sizeClass);
+    pagesWithRoom_[sizeClass].add(page);
+    return page;
+}
+
+void Slab::returnPage(Page* page) noexcept {
+    pagesWithRoom_[page->sizeClass].remove(page);
+    freePages_.add(page);
+    if (--page->span->pagesInUse != 0)
+        return;
+    if (spareSpan_ != nullptr)
+        freeSpan(spareSpan_);
+    spareSpan_ = page->span;
+}
+
+void* Slab::allocateSmall(std::size_t sizeClass) {
+    auto* page = pagesWithRoom_[sizeClass].first;
+    if (page == nullptr)
+        page = takePage(sizeClass);
     void* object = page->freeList;
     if (object != nullptr) {
         page->freeList = *static_cast<void**>(object);
@@ -111,23 +146,18 @@ void* Slab::allocateSmall(std::size_t sizeClass) {
     }
     ++page->live;
     if (page->full())
-        unlinkPage(page);
+        pagesWithRoom_[sizeClass].remove(page);
     return object;
 }
 
 void Slab::deallocateSmall(void* memory) noexcept {
     auto* const page = pageOf(memory);
-    bool const wasFull = page->full();
+    if (page->full())
+        pagesWithRoom_[page->sizeClass].add(page);
     *static_cast<void**>(memory) = page->freeList;
     page->freeList = memory;
-    --page->live;
-    if (wasFull)
-        linkPage(page);
-    bool const onlyPage = page->previous == nullptr && page->next == nullptr;
-    if (page->live == 0 && !onlyPage) {
-        unlinkPage(page);
-        freePage(page);
-    }
+    if (--page->live == 0)
+        returnPage(page);
 }
 
 void* Slab::allocate(std::size_t bytes) {

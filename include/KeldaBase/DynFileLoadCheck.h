@@ -44,7 +44,7 @@ class KELDABASE_API FileLoadCheckNoOp : public FileLoadCheck {
 /// The first instance chooses the kind for the whole process: if "libPluginLoader.so" (or a library
 /// loaded after this one) exports "getFileLoadCheckFactory", that function is called without
 /// arguments and returns a FileLoadCheck::Factory or null; null or no such function chooses
-/// FileLoadCheckNoOp. The first construction must not race with another.
+/// FileLoadCheckNoOp. Threads may construct their first instances together.
 class KELDABASE_API DynFileLoadCheck {
   public:
     /// Makes a check for a file type; the caller owns the result.
@@ -69,7 +69,7 @@ class KELDABASE_API DynFileLoadCheck {
   private:
     static void chooseFactory();
 
-    static bool initialized_;
+    static bool initialized_; // a factory was chosen
     static Factory getNewPtr_;
 
     std::unique_ptr<FileLoadCheck> check_;

@@ -212,9 +212,16 @@ class KELDABASE_API MountFileInfo {
                DynFileLoadCheck* check);
 
     /// Reads one open preinit file to its end; returns 1.
+    ///
+    /// Both loaders read the file line by line from where it stands. A line that is longer than a
+    /// LineBuffer is taken in pieces, each a line of its own. A NUL character ends its line, which
+    /// is reported as "syntax error: NUL character in line after: %s"; a file that cannot be read
+    /// on is reported as "Cannot read file %s: %s" and ends there.
     int preinitLoader(FILE* file);
     /// Reads one open profile to its end and returns how many profiles that were, the included ones
-    /// counted. The agent-name line has been read already where the flavour needs one.
+    /// counted. The agent-name line has been read already where the flavour needs one. Handles each
+    /// line by its kind, reports "syntax error: '%s'" for a line of no kind, and at the end
+    /// "'matchActiveName' keyword requires 'activeMount' keyword" where the second is missing.
     int profileLoader(FILE* file);
 
     /// Whether a profile file of this name contributed a path.
@@ -393,7 +400,7 @@ class KELDABASE_API MountFileInfo {
 
     /// Reads an open profile up to its agent-name line, the first line that is neither blank nor a
     /// comment, and returns the name inside `buffer`, without blanks. Null when that line is no
-    /// agent-name line; nothing is reported.
+    /// agent-name line or holds a NUL character; only a file that cannot be read is reported.
     char* getAgentNameFromProfile(FILE* file, LineBuffer& buffer);
     /// How the name of a profile, literal or with "-%" tokens, matches an agent string.
     static AgentNameMatch matchAgentName(Rook::String const& profileAgentName,

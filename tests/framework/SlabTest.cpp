@@ -20,7 +20,7 @@ namespace {
 
 using MemSlab::Slab;
 
-constexpr std::size_t pageBytes = std::size_t{64} * 1024;
+constexpr std::size_t spanBytes = std::size_t{16} * 16 * 1024;
 
 // A piece of a slab, filled with a pattern of its own.
 class Piece {
@@ -138,10 +138,10 @@ TEST(SlabTest, ANullPointerIsNothingToGiveBack) {
 
 enum class Order { firstToLast, lastToFirst, mixed };
 
-// Fills some pages with pieces of one size and gives all back in this order.
+// Fills some spans with pieces of one size and gives all back in this order.
 void fillAndEmpty(Slab& slab, std::size_t size, Order order) {
     std::vector<Piece> pieces;
-    for (std::size_t bytes = 0; bytes < 4 * pageBytes; bytes += std::max(size, std::size_t{8}))
+    for (std::size_t bytes = 0; bytes < 4 * spanBytes; bytes += std::max(size, std::size_t{8}))
         pieces.emplace_back(slab, size, 1);
     if (order == Order::lastToFirst)
         std::reverse(pieces.begin(), pieces.end());
@@ -150,14 +150,14 @@ void fillAndEmpty(Slab& slab, std::size_t size, Order order) {
     pieces.clear();
 }
 
-TEST(SlabTest, NoMoreThanOnePageIsKeptPerSize) {
+TEST(SlabTest, NoMoreThanOneSpanIsKept) {
     for (std::size_t const size : {1U, 8U, 9U, 24U, 64U, 500U, 511U, 512U})
         for (auto const order : {Order::firstToLast, Order::lastToFirst, Order::mixed}) {
-            Slab slab("pages");
+            Slab slab("spans");
             for (int round = 0; round < 2; ++round)
                 fillAndEmpty(slab, size, order);
             EXPECT_EQ(slab.bytesInUse(), 0U);
-            EXPECT_LE(slab.bytesHeld(), pageBytes) << size << ", order " << static_cast<int>(order);
+            EXPECT_LE(slab.bytesHeld(), spanBytes) << size << ", order " << static_cast<int>(order);
         }
 }
 

@@ -1,8 +1,8 @@
 // Named slabs: memory for many small objects, with figures that tell how much of it is in use.
 //
-// A slab serves objects of up to 512 bytes from pages of 64 KiB, each page for one size (rounded up
-// to 8 bytes), and larger ones straight from the heap. A page goes back to the heap as soon as its
-// last object does, but for one page per size that is kept for the next object.
+// A slab serves objects of up to 512 bytes from pages of 16 KiB, each page for one size (rounded up
+// to 8 bytes), and larger ones straight from the heap. It takes pages from the heap in spans of 16,
+// and gives a span back when all of its pages are free, but for one that is kept for the next need.
 //
 // A slab lives until the process ends, so memory that it handed out may outlive whoever asked for
 // it. All operations may be called from any thread.
@@ -42,23 +42,32 @@ class Slab {
 
   private:
     struct Page;
-    static constexpr std::size_t pageBytes = std::size_t{64} * 1024;
+    struct Span;
+    struct PageList {
+        Page* first = nullptr;
+        void add(Page* page) noexcept;
+        void remove(Page* page) noexcept;
+    };
+    static constexpr std::size_t pageBytes = std::size_t{16} * 1024;
+    static constexpr std::size_t pagesPerSpan = 16;
+    static constexpr std::size_t spanBytes = pageBytes * pagesPerSpan;
     static constexpr std::size_t granule = 8;
     static constexpr std::size_t largestSmall = 512;
 
     static std::size_t sizeClass(std::size_t bytes) { return (bytes + granule - 1) / granule; }
     static Page* pageOf(void* memory) noexcept;
-    Page* makePage(std::size_t sizeClass);
-    void linkPage(Page* page) noexcept;
-    void unlinkPage(Page* page) noexcept;
-    void freePage(Page* page) noexcept;
+    void addSpan();
+    void freeSpan(Span* span) noexcept;
+    Page* takePage(std::size_t sizeClass);
+    void returnPage(Page* page) noexcept;
     void* allocateSmall(std::size_t sizeClass);
     void deallocateSmall(void* memory) noexcept;
 
     std::string const name_;
     mutable std::mutex mutex_;
-    // Per size, the pages with room, as a doubly linked list.
-    std::array<Page*, largestSmall / granule + 1> pagesWithRoom_{};
+    std::array<PageList, largestSmall / granule + 1> pagesWithRoom_; // per size
+    PageList freePages_;
+    Span* spareSpan_ = nullptr; // all of its pages are free
     std::size_t bytesInUse_ = 0;
     std::size_t bytesHeld_ = 0;
 };
