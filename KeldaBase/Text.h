@@ -3,6 +3,8 @@
 
 #include <cctype>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include <strings.h>
@@ -21,7 +23,11 @@ inline bool startsWithIgnoringCase(char const* text, std::string_view prefix) {
 
 // Letters, digits and "_": the characters of a token behind its "%".
 inline bool isTokenChar(char c) {
-    return c == '_' || std::isalnum(static_cast<unsigned char>(c)) != 0;
+    // The ASCII ones are the same in every locale.
+    if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_')
+        return true;
+    auto const byte = static_cast<unsigned char>(c);
+    return byte > 0x7f && std::isalnum(byte) != 0;
 }
 
 // The length of the token that begins with the "%" at the start of `text`, the "%" included.
@@ -32,14 +38,43 @@ inline std::size_t tokenLength(char const* text) {
     return length;
 }
 
+inline bool isBlank(char c) {
+    // No visible ASCII character is white space in any locale.
+    bool const visible = c > ' ' && c <= '~';
+    return !visible && std::isspace(static_cast<unsigned char>(c)) != 0;
+}
+
+// The length of the run of visible ASCII characters at the start of `text`, taken eight at a time.
+inline std::size_t visibleRun(char const* text, std::size_t length) {
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    constexpr std::uint64_t highBits = ones << 7U;
+    std::size_t run = 0;
+    for (; run + sizeof(std::uint64_t) <= length; run += sizeof(std::uint64_t)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text + run, sizeof word);
+        // A byte below 0x21 borrows, which sets its high bit; a byte over 0x7f has it set.
+        if ((((word - ones * 0x21) | word) & highBits) != 0)
+            break;
+    }
+    while (run < length && text[run] > ' ')
+        ++run;
+    return run;
+}
+
 // Removes every white-space character, closing the gaps.
 inline void removeBlanks(char* text) {
+    char const* const end = text + std::strlen(text);
     char* out = text;
-    for (char const* in = text; *in != '\0'; ++in) {
-        // No visible ASCII character is white space in any locale.
-        bool const visible = *in > ' ' && *in <= '~';
-        if (visible || std::isspace(static_cast<unsigned char>(*in)) == 0)
+    for (char const* in = text; in != end;) {
+        auto const run = visibleRun(in, static_cast<std::size_t>(end - in));
+        if (out != in)
+            std::memmove(out, in, run);
+        out += run;
+        in += run;
+        if (in != end && !isBlank(*in))
             *out++ = *in;
+        if (in != end)
+            ++in;
     }
     *out = '\0';
 }

@@ -1,9 +1,13 @@
 #include "Directory.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
+#include <numeric>
 
 #include <fcntl.h>
+#include <fnmatch.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -74,10 +78,58 @@ DirectoryMatches::~DirectoryMatches() {
     ::globfree(&matches_);
 }
 
-char const* DirectoryMatches::name(std::size_t index) const noexcept {
-    char const* const path = matches_.gl_pathv[index];
-    char const* const slash = std::strrchr(path, '/');
-    return slash == nullptr ? path : slash + 1;
+std::vector<char const*> DirectoryMatches::names() const {
+    std::vector<char const*> names;
+    if (code_ != 0)
+        return names;
+    names.reserve(matches_.gl_pathc);
+    for (std::size_t i = 0; i < matches_.gl_pathc; ++i) {
+        char const* const path = matches_.gl_pathv[i];
+        char const* const slash = std::strrchr(path, '/');
+        names.push_back(slash == nullptr ? path : slash + 1);
+    }
+    return names;
+}
+
+namespace {
+
+constexpr std::string_view patternCharacters = "*?[\\";
+
+} // namespace
+
+bool DirectoryListing::answers(std::string_view directory, std::string_view pattern) const {
+    bool const isPattern = pattern.find_first_of(patternCharacters) != std::string_view::npos;
+    return isPattern && directory == directory_ && !pattern.starts_with('.') &&
+           !pattern.starts_with('\\') && pattern.find('/') == std::string_view::npos;
+}
+
+void DirectoryListing::sortNames() {
+    if (!byName_.empty())
+        return;
+    byName_.resize(names_.size());
+    std::iota(byName_.begin(), byName_.end(), std::size_t{0});
+    std::ranges::sort(byName_, {}, [this](std::size_t i) { return std::string_view(names_[i]); });
+}
+
+std::vector<char const*> DirectoryListing::matching(std::string const& pattern) {
+    sortNames();
+    // Only names that begin as the pattern does can match.
+    auto const prefix =
+        std::string_view(pattern).substr(0, pattern.find_first_of(patternCharacters));
+    auto const nameOf = [&](std::size_t i) {
+        return std::string_view(names_[i]).substr(0, prefix.size());
+    };
+    auto const first = std::ranges::lower_bound(byName_, prefix, {}, nameOf);
+    auto const last = std::ranges::upper_bound(first, byName_.end(), prefix, {}, nameOf);
+    std::vector<std::size_t> found;
+    std::copy_if(first, last, std::back_inserter(found), [&](std::size_t i) {
+        return ::fnmatch(pattern.c_str(), names_[i], FNM_PERIOD) == 0;
+    });
+    std::ranges::sort(found);
+    std::vector<char const*> names;
+    std::ranges::transform(found, std::back_inserter(names),
+                           [this](std::size_t i) { return names_[i]; });
+    return names;
 }
 
 } // namespace Kelda

@@ -46,7 +46,7 @@ Descriptor openForReading(int base, char const* name);
 // Makes a stream of a descriptor; null, with the descriptor closed, when that fails.
 OpenFile streamOf(Descriptor descriptor);
 
-// The files whose names match a pattern, in the order of their names.
+// The files of a directory whose names match a pattern, in the order of their names.
 class DirectoryMatches {
   public:
     // `directory` stands for itself, whatever characters it holds; `pattern` is a file name
@@ -58,13 +58,33 @@ class DirectoryMatches {
 
     // 0, GLOB_NOMATCH, or another code of glob when the search failed.
     int code() const noexcept { return code_; }
-    std::size_t size() const noexcept { return code_ == 0 ? matches_.gl_pathc : 0; }
-    // The name of a match, without its folder.
-    char const* name(std::size_t index) const noexcept;
+    // The names, without their folder; they live as long as the object.
+    std::vector<char const*> names() const;
 
   private:
     glob_t matches_{};
     int code_;
+};
+
+// The names of a directory that is being scanned as a whole. Include lines of the files found there
+// search this list, so that a pattern does not cost another walk through the directory.
+class DirectoryListing {
+  public:
+    DirectoryListing(std::string_view directory, std::vector<char const*> names)
+        : directory_(directory), names_(std::move(names)) {}
+
+    // Whether the list holds all that a search of `directory` for `pattern` can find: not for names
+    // that a scan of the whole leaves out, nor for a plain name, for which looking is cheaper.
+    bool answers(std::string_view directory, std::string_view pattern) const;
+    // The names that match, in the order of the list.
+    std::vector<char const*> matching(std::string const& pattern);
+
+  private:
+    void sortNames();
+
+    std::string directory_;
+    std::vector<char const*> names_;
+    std::vector<std::size_t> byName_; // positions in names_, in byte order of the names
 };
 
 } // namespace Kelda

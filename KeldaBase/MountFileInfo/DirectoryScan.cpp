@@ -10,7 +10,9 @@
 
 #include "../Tracing.h"
 #include "Directory.h"
+#include "LoadCaches.h"
 #include "PseudoNames.h"
+#include "Restore.h"
 
 namespace Kelda {
 
@@ -62,24 +64,54 @@ int MountFileInfo::mapDir(Rook::String dirName, FileLoader loader, char const* p
     if (isConfigMountProfile && !readsRealConfigMountProfile())
         return loadConfigMountProfile();
 
+    std::optional<int> count;
+    if (auto* const listing = caches_->listing;
+        listing != nullptr && listing->answers(dirName, searched))
+        count = loadFiles(::dirfd(directory.get()), dirName, listing->matching(pattern), loader,
+                          pattern, check);
+    else
+        count = searchAndLoad(::dirfd(directory.get()), dirName, loader, pattern, check);
+    if (!count)
+        return 0;
+    return *count == 0 && isConfigMountProfile ? loadConfigMountProfile() : *count;
+}
+
+// Searches the directory itself. Nothing when the search failed or a file cannot be read.
+std::optional<int> MountFileInfo::searchAndLoad(int directory, Rook::String const& dirName,
+                                                FileLoader loader, char const* pattern,
+                                                DynFileLoadCheck* check) {
+    std::string_view const searched = pattern == nullptr ? allFiles : pattern;
     DirectoryMatches const matches(dirName, searched);
     if (matches.code() != 0 && matches.code() != GLOB_NOMATCH) {
         reportAndTrace(fmt::format("Glob threw exception {} while searching for file {}/{} ",
                                    matches.code(), dirName, searched));
-        return 0;
+        return std::nullopt;
     }
+    auto names = matches.names();
+    if (pattern != nullptr)
+        return loadFiles(directory, dirName, names, loader, pattern, check);
+    DirectoryListing listing(dirName, names);
+    Restore const forgetting(caches_->listing, caches_->listing);
+    caches_->listing = &listing;
+    return loadFiles(directory, dirName, names, loader, pattern, check);
+}
+
+// The sum of what the loader returned; nothing when a file cannot be read, which ends the scan.
+std::optional<int> MountFileInfo::loadFiles(int directory, Rook::String const& dirName,
+                                            std::vector<char const*> const& names,
+                                            FileLoader loader, char const* pattern,
+                                            DynFileLoadCheck* check) {
     int count = 0;
-    for (std::size_t i = 0; i < matches.size(); ++i) {
-        char const* const name = matches.name(i);
+    for (char const* const name : names) {
         if (!passesFilters(dirName, name, check))
             continue;
-        auto const loaded =
-            loadDirectoryFile(::dirfd(directory.get()), dirName, name, loader, searched);
+        auto const loaded = loadDirectoryFile(directory, dirName, name, loader,
+                                              pattern == nullptr ? allFiles : pattern);
         if (!loaded)
-            return 0;
+            return std::nullopt;
         count += *loaded;
     }
-    return count == 0 && isConfigMountProfile ? loadConfigMountProfile() : count;
+    return count;
 }
 
 // What the loader returned for one file; nothing when the file cannot be read.

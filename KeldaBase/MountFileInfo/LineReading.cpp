@@ -20,6 +20,18 @@ namespace {
 
 constexpr std::string_view continuation = "\\\n";
 
+constexpr char const* cellShorthand = "%cellPath";
+constexpr char const* peerCellShorthand = "%peerCellPath";
+
+// Few paths hold one, and a look at each "%" tells.
+bool holdsShorthand(char const* path) {
+    for (char const* at = std::strchr(path, '%'); at != nullptr; at = std::strchr(at + 1, '%'))
+        if (startsWithIgnoringCase(at, cellShorthand) ||
+            startsWithIgnoringCase(at, peerCellShorthand))
+            return true;
+    return false;
+}
+
 void cutAtComment(LineBuffer& buffer) {
     if (char* const comment = std::strchr(buffer.data(), '#'))
         *comment = '\0';
@@ -107,10 +119,10 @@ bool MountFileInfo::readContinuation(LineBuffer& buffer, std::size_t backslash, 
 }
 
 void MountFileInfo::convertPath(LineBuffer& buffer) const {
-    if (std::strchr(buffer.data(), '%') == nullptr)
+    if (!holdsShorthand(buffer.data()))
         return;
-    strcCaseReplace(buffer, "%cellPath", "cell/%cellId");
-    strcCaseReplace(buffer, "%peerCellPath", "cell/%peerCellId");
+    strcCaseReplace(buffer, cellShorthand, "cell/%cellId");
+    strcCaseReplace(buffer, peerCellShorthand, "cell/%peerCellId");
 }
 
 bool MountFileInfo::matchProfilePathLine(LineBuffer const& buffer) {

@@ -7,6 +7,7 @@
 
 #include <KeldaBase/MountFileInfo.h>
 
+#include "Directory.h"
 #include "PathIndex.h"
 
 namespace Kelda {
@@ -92,15 +93,18 @@ class ValidFlags {
 class MountFileInfo::LoadCaches {
   public:
     PathIndex records;
+    std::optional<MountArgsMap::iterator> lastRecord; // the one inserted last
     ListAppender mountGroups;
     UnsettledLists grownMountGroups;
     ListAppender profileFiles;
     UnsettledLists endedProfileFiles;
     MountGroupKey mountGroupKey;
     ValidFlags validFlags;
+    DirectoryListing* listing = nullptr; // of the directory that is being scanned as a whole
 
     void clear() {
         records.clear();
+        lastRecord.reset();
         mountGroups.clear();
         grownMountGroups.clear();
         profileFiles.clear();

@@ -173,9 +173,21 @@ MountArgs* MountFileInfo::findRecord(Rook::String const& path) {
 MountArgs& MountFileInfo::recordOf(Rook::String const& path) {
     if (auto* const known = caches_->records.find(path))
         return known->second;
-    auto const record = pathMountArgsMap_.try_emplace(path).first;
+    auto const record = pathMountArgsMap_.try_emplace(placeOf(path), path);
     caches_->records.insert(*record);
+    caches_->lastRecord = record;
     return record->second;
+}
+
+// Where to insert a path: profiles are often written in path order, so try behind the path that was
+// inserted last.
+MountArgsMap::iterator MountFileInfo::placeOf(Rook::String const& path) {
+    auto const last = caches_->lastRecord;
+    if (!last || !((*last)->first < path))
+        return pathMountArgsMap_.lower_bound(path);
+    auto const next = std::next(*last);
+    bool const fits = next == pathMountArgsMap_.end() || path < next->first;
+    return fits ? next : pathMountArgsMap_.lower_bound(path);
 }
 
 void MountFileInfo::updateMountFlags(Rook::String path, Fen::MountTable::Flags flags) {

@@ -11,17 +11,15 @@ namespace Kelda {
 
 void MountFileInfo::wildcardPath(LineBuffer& path) {
     char* out = std::strchr(path.data(), '%');
-    if (out == nullptr)
-        return;
-    for (char const* in = out; *in != '\0';) {
-        if (*in == '%') {
-            in += tokenLength(in);
-            *out++ = '*';
-        } else {
-            *out++ = *in++;
-        }
+    for (char const* token = out; token != nullptr;) {
+        char const* const rest = token + tokenLength(token);
+        token = std::strchr(rest, '%');
+        auto const length =
+            token == nullptr ? std::strlen(rest) + 1 : static_cast<std::size_t>(token - rest);
+        *out++ = '*';
+        std::memmove(out, rest, length);
+        out += length;
     }
-    *out = '\0';
 }
 
 Rook::String MountFileInfo::wildcardPath(Rook::String const& path) {

@@ -583,6 +583,11 @@ class KELDABASE_API MountFileInfo {
     std::optional<int> loadDirectoryFile(int directory, Rook::String const& dirName,
                                          char const* name, FileLoader loader,
                                          std::string_view pattern);
+    std::optional<int> searchAndLoad(int directory, Rook::String const& dirName, FileLoader loader,
+                                     char const* pattern, DynFileLoadCheck* check);
+    std::optional<int> loadFiles(int directory, Rook::String const& dirName,
+                                 std::vector<char const*> const& names, FileLoader loader,
+                                 char const* pattern, DynFileLoadCheck* check);
     bool passesFilters(Rook::String const& dirName, char const* name,
                        DynFileLoadCheck* check) const;
     void noteInclude(char const* name);
@@ -602,6 +607,7 @@ class KELDABASE_API MountFileInfo {
     // Records
     MountArgs* findRecord(Rook::String const& path);
     MountArgs& recordOf(Rook::String const& path);
+    MountArgsMap::iterator placeOf(Rook::String const& path);
     bool flagsAreValid(Fen::MountTable::Flags flags) const;
     void addRecord(Rook::String const& path, MountArgs const& args, bool targetPath, bool dynamic);
     bool mergeIntoRecord(Rook::String const& path, MountArgs& record, MountArgs const& args,

@@ -93,11 +93,18 @@ struct Allocator : MemSlab::Allocator<T> {
     Allocator(Allocator<U> const& other) noexcept : MemSlab::Allocator<T>(other) {}
 };
 
+/// Hashes a string. Not noexcept on purpose: the standard library then keeps the hash in each node
+/// of a container, and need not look at a node's string to pass it by.
+struct StringHash {
+    std::size_t operator()(Rook::String const& text) const {
+        return std::hash<Rook::String>()(text);
+    }
+};
+
 using StringList = std::vector<Rook::String, Allocator<Rook::String>>;
 template <class Value>
-using StringKeyed =
-    std::unordered_map<Rook::String, Value, std::hash<Rook::String>, std::equal_to<Rook::String>,
-                       Allocator<std::pair<Rook::String const, Value>>>;
+using StringKeyed = std::unordered_map<Rook::String, Value, StringHash, std::equal_to<>,
+                                       Allocator<std::pair<Rook::String const, Value>>>;
 using StringMap = StringKeyed<Rook::String>;
 using StringListMap = StringKeyed<StringList>;
 using OrderedStringSet = std::set<Rook::String, std::less<>, Allocator<Rook::String>>;

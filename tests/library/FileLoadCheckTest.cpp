@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include <KeldaBase/DynCell.h>
 #include <KeldaBase/DynFileLoadCheck.h>
 
 #include "support/CleanEnvironment.h"
@@ -84,6 +85,7 @@ TEST(FileLoadCheckOwner, EachOwnsACheckOfItsOwn) {
 
 TEST(FileLoadCheckOwner, OnlyTheFirstOneLooksForAnImplementation) {
     DynFileLoadCheck const first("first");
+    DynCell::cellId(); // chosen as well by now, so that the parser need not
     support::TraceRecorder const trace;
     DynFileLoadCheck const second("second");
     support::LenientParser const parser;
@@ -102,6 +104,7 @@ TEST(FileLoadCheckOwner, AParserHasOneForProfilesAndOneForPreinitFiles) {
 TEST(FileLoadCheckOwner, AParserTellsThatNeitherWasParsed) {
     support::TraceRecorder const trace("MountFileInfo", 1 << 1);
     DynFileLoadCheck const first("first"); // so that the parser's own is not the first of all
+    DynCell::cellId();
     auto const before = trace.at(1).size();
     support::LenientParser const parser;
     auto texts = trace.at(1);
