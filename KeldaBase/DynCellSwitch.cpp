@@ -49,8 +49,11 @@ unsigned int cellId() {
     return function();
 }
 
-unsigned int peerCellId(unsigned int /*cellId*/) {
-    return cells + 1 - cellId();
+unsigned int peerCellId(unsigned int cellId) {
+    // Cell 0 stands for the own cell, which is asked for although no argument enters the result.
+    if (cellId == 0)
+        DynCell::cellId();
+    return cells + 1 - DynCell::cellId();
 }
 
 std::string path(char const* suffix, unsigned int cellId) {

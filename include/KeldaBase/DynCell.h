@@ -14,7 +14,8 @@ namespace DynCell {
 /// The own cell's number.
 KELDABASE_API unsigned int cellId();
 
-/// The other cell's number: 3 minus the own one, whatever cell the argument names.
+/// The other cell's number: 3 minus the own one, whatever cell the argument names (0 stands for the
+/// own and is looked up once more).
 KELDABASE_API unsigned int peerCellId(unsigned int cellId);
 
 /// A path below a cell, "cell/1/sys" for cell 1 and the suffix "sys"; cell 0 stands for the own.
