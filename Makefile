@@ -11,6 +11,8 @@ bench_packages := libbenchmark-dev
 ci_packages := clang clang-format clang-tidy libclang-rt-14-dev gcovr
 
 corpus := ../shared/corpus/openconfig
+# Three rounds of everything; give other options of Google Benchmark instead.
+BENCH_FLAGS ?= --benchmark_repetitions=3 --benchmark_report_aggregates_only=true
 
 .PHONY: help setup setup-ci demo test bench build format check-format tidy clean
 
