@@ -22,6 +22,17 @@ namespace {
 using benchmark::Counter;
 using benchmark::State;
 
+bool anyRefused = false;
+
+// Ends a benchmark whose loads differ before anything is timed.
+bool refused(State& state, std::string const& difference) {
+    if (difference.empty())
+        return false;
+    anyRefused = true;
+    state.SkipWithError(difference.c_str());
+    return true;
+}
+
 // Devices live until the program ends: several benchmarks load each.
 GeneratedDevice const& deviceOf(std::size_t lines) {
     static std::map<std::size_t, std::unique_ptr<GeneratedDevice>> devices;
@@ -99,10 +110,8 @@ Counter timePer(std::size_t count) {
 template <class Load>
 void loadEverything(State& state, std::string const& loader, Load load) {
     auto const& device = deviceOf(static_cast<std::size_t>(state.range(0)));
-    if (auto const& problem = differenceInLoads(device); !problem.empty()) {
-        state.SkipWithError(problem.c_str());
+    if (refused(state, differenceInLoads(device)))
         return;
-    }
     auto const directories = directoriesOf(device);
     timeLoads(state, [&] { return load(directories); });
     auto const& figures = figuresOf(loader, device);
@@ -116,10 +125,8 @@ template <class Load>
 void startAgent(State& state, Load load) {
     constexpr std::size_t linesPerProfile = DeviceShape().linesPerProfile;
     auto const& device = deviceOf(static_cast<std::size_t>(state.range(0)) * linesPerProfile);
-    if (auto const& problem = differenceInAgents(device); !problem.empty()) {
-        state.SkipWithError(problem.c_str());
+    if (refused(state, differenceInAgents(device)))
         return;
-    }
     auto const directories = directoriesOf(device);
     timeLoads(state, [&] { return load(directories, device.agentString()); });
     state.counters["time/profile"] = timePer(device.figures().profiles);
@@ -156,6 +163,10 @@ void addLoadBenchmarks() {
         add("AgentStart/plain/profiles", profiles,
             [](State& state) { startAgent(state, startAgentPlainly); });
     }
+}
+
+bool anyLoadDiffered() {
+    return anyRefused;
 }
 
 } // namespace bench

@@ -13,5 +13,5 @@ int main(int argc, char** argv) {
     bench::addLoadBenchmarks();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    return 0;
+    return bench::anyLoadDiffered() ? 1 : 0;
 }

@@ -47,5 +47,5 @@ void workTraced(State& state) {
 
 } // namespace
 
-BENCHMARK(workAlone)->Name("Trace/work/alone");
-BENCHMARK(workTraced)->Name("Trace/work/traced_off");
+BENCHMARK(workAlone)->Name("Trace/loop/alone");
+BENCHMARK(workTraced)->Name("Trace/loop/traced_off");
