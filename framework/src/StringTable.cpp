@@ -68,7 +68,7 @@ class StringTable {
             throw std::length_error("Rook::String: text too long");
         auto const hash = hashOf(text);
         KeldaFramework::SharedLock const lock(mutex_);
-        if (used_ + 1 > capacity() / 4 * 3)
+        if (used_ + 1 > capacity() / 16 * 13)
             rebuild();
         auto const slot = findSlot(text, hash);
         if (reps_[slot] != nullptr) {
@@ -128,14 +128,14 @@ class StringTable {
         return rep != nullptr && rep->references.load(std::memory_order_acquire) != 0;
     }
 
-    // Moves the buffers in use to a table that is at most three eighths full, so that the work is
-    // paid for by at least as many insertions, and frees the others. Changes nothing when there is
-    // no memory for the table.
+    // Moves the buffers in use to a table that is at most half as full as it may get, so that the
+    // work is paid for by at least as many insertions, and frees the others. Changes nothing when
+    // there is no memory for the table.
     void rebuild() {
         auto const kept =
             static_cast<std::size_t>(std::count_if(reps_.begin(), reps_.end(), isUsed));
         auto wanted = smallestCapacity;
-        while (kept > wanted / 8 * 3)
+        while (kept > wanted / 32 * 13)
             wanted *= 2;
         std::vector<std::uint32_t> hashes(wanted);
         std::vector<String::Rep*> reps(wanted);

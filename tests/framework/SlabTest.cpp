@@ -20,7 +20,7 @@ namespace {
 
 using MemSlab::Slab;
 
-constexpr std::size_t spanBytes = std::size_t{16} * 16 * 1024;
+constexpr std::size_t spanBytes = std::size_t{16} * 8 * 1024;
 
 // A piece of a slab, filled with a pattern of its own.
 class Piece {

@@ -1,6 +1,6 @@
 // Named slabs: memory for many small objects, with figures that tell how much of it is in use.
 //
-// A slab serves objects of up to 512 bytes from pages of 16 KiB, each page for one size (rounded up
+// A slab serves objects of up to 512 bytes from pages of 8 KiB, each page for one size (rounded up
 // to 8 bytes), and larger ones straight from the heap. It takes pages from the heap in spans of 16,
 // and gives a span back when all of its pages are free, but for one that is kept for the next need.
 //
@@ -48,7 +48,7 @@ class Slab {
         void add(Page* page) noexcept;
         void remove(Page* page) noexcept;
     };
-    static constexpr std::size_t pageBytes = std::size_t{16} * 1024;
+    static constexpr std::size_t pageBytes = std::size_t{8} * 1024;
     static constexpr std::size_t pagesPerSpan = 16;
     static constexpr std::size_t spanBytes = pageBytes * pagesPerSpan;
     static constexpr std::size_t granule = 8;
