@@ -45,10 +45,17 @@ class OpenFileRecord {
 
 } // namespace
 
-int MountFileInfo::loadOpenFile(FILE* file, Rook::String const& name, FileLoader loader) {
-    OpenFileRecord const record(currentFiles_, name);
-    return (this->*loader)(file);
-}
+// What one call of mapDir is about.
+struct MountFileInfo::DirectoryScan {
+    Rook::String const& directory;
+    int descriptor;
+    FileLoader loader;
+    char const* givenPattern; // null for all files
+    DynFileLoadCheck* check;  // null for none
+
+    std::string_view pattern() const { return givenPattern == nullptr ? allFiles : givenPattern; }
+    bool ofWholeDirectory() const { return givenPattern == nullptr; }
+};
 
 int MountFileInfo::mapDir(Rook::String dirName, FileLoader loader, char const* pattern,
                           DynFileLoadCheck* check) {
@@ -59,54 +66,44 @@ int MountFileInfo::mapDir(Rook::String dirName, FileLoader loader, char const* p
         reportAndTrace("Cannot open directory " + dirName);
         return 0;
     }
-    std::string_view const searched = pattern == nullptr ? allFiles : pattern;
-    bool const isConfigMountProfile = searched == configMountProfileName;
+    DirectoryScan const scan{dirName, ::dirfd(directory.get()), loader, pattern, check};
+    bool const isConfigMountProfile = scan.pattern() == configMountProfileName;
     if (isConfigMountProfile && !readsRealConfigMountProfile())
         return loadConfigMountProfile();
-
-    std::optional<int> count;
-    if (auto* const listing = caches_->listing;
-        listing != nullptr && listing->answers(dirName, searched))
-        count = loadFiles(::dirfd(directory.get()), dirName, listing->matching(pattern), loader,
-                          pattern, check);
-    else
-        count = searchAndLoad(::dirfd(directory.get()), dirName, loader, pattern, check);
+    auto const count = searchAndLoad(scan);
     if (!count)
         return 0;
     return *count == 0 && isConfigMountProfile ? loadConfigMountProfile() : *count;
 }
 
-// Searches the directory itself. Nothing when the search failed or a file cannot be read.
-std::optional<int> MountFileInfo::searchAndLoad(int directory, Rook::String const& dirName,
-                                                FileLoader loader, char const* pattern,
-                                                DynFileLoadCheck* check) {
-    std::string_view const searched = pattern == nullptr ? allFiles : pattern;
-    DirectoryMatches const matches(dirName, searched);
+// The sum of what the loader returned; nothing when the search failed or a file cannot be read.
+std::optional<int> MountFileInfo::searchAndLoad(DirectoryScan const& scan) {
+    if (auto* const listing = caches_->listing;
+        listing != nullptr && listing->answers(scan.directory, scan.pattern()))
+        return loadFiles(scan, listing->matching(std::string(scan.pattern())));
+
+    DirectoryMatches const matches(scan.directory, scan.pattern());
     if (matches.code() != 0 && matches.code() != GLOB_NOMATCH) {
         reportAndTrace(fmt::format("Glob threw exception {} while searching for file {}/{} ",
-                                   matches.code(), dirName, searched));
+                                   matches.code(), scan.directory, scan.pattern()));
         return std::nullopt;
     }
-    auto names = matches.names();
-    if (pattern != nullptr)
-        return loadFiles(directory, dirName, names, loader, pattern, check);
-    DirectoryListing listing(dirName, names);
+    auto const names = matches.names();
+    if (!scan.ofWholeDirectory())
+        return loadFiles(scan, names);
+    DirectoryListing listing(scan.directory, names);
     Restore const forgetting(caches_->listing, caches_->listing);
     caches_->listing = &listing;
-    return loadFiles(directory, dirName, names, loader, pattern, check);
+    return loadFiles(scan, names);
 }
 
-// The sum of what the loader returned; nothing when a file cannot be read, which ends the scan.
-std::optional<int> MountFileInfo::loadFiles(int directory, Rook::String const& dirName,
-                                            std::vector<char const*> const& names,
-                                            FileLoader loader, char const* pattern,
-                                            DynFileLoadCheck* check) {
+std::optional<int> MountFileInfo::loadFiles(DirectoryScan const& scan,
+                                            std::vector<char const*> const& names) {
     int count = 0;
     for (char const* const name : names) {
-        if (!passesFilters(dirName, name, check))
+        if (!passesFilters(scan, name))
             continue;
-        auto const loaded = loadDirectoryFile(directory, dirName, name, loader,
-                                              pattern == nullptr ? allFiles : pattern);
+        auto const loaded = loadDirectoryFile(scan, name);
         if (!loaded)
             return std::nullopt;
         count += *loaded;
@@ -115,22 +112,25 @@ std::optional<int> MountFileInfo::loadFiles(int directory, Rook::String const& d
 }
 
 // What the loader returned for one file; nothing when the file cannot be read.
-std::optional<int> MountFileInfo::loadDirectoryFile(int directory, Rook::String const& dirName,
-                                                    char const* name, FileLoader loader,
-                                                    std::string_view pattern) {
-    auto descriptor = openForReading(directory, name);
+std::optional<int> MountFileInfo::loadDirectoryFile(DirectoryScan const& scan, char const* name) {
+    auto descriptor = openForReading(scan.descriptor, name);
     if (!descriptor.isOpen()) {
-        reportAndTrace(fmt::format("Cannot openat file {} in {}", name, dirName));
+        reportAndTrace(fmt::format("Cannot openat file {} in {}", name, scan.directory));
         return std::nullopt;
     }
     auto const file = streamOf(std::move(descriptor));
     if (!file) {
-        reportAndTrace(fmt::format("Cannot fdopen file {} in {}", name, dirName));
+        reportAndTrace(fmt::format("Cannot fdopen file {} in {}", name, scan.directory));
         return std::nullopt;
     }
-    MFI_TRACE(4, "found match for {}: '{}'", pattern, name);
+    MFI_TRACE(4, "found match for {}: '{}'", scan.pattern(), name);
     noteInclude(name);
-    return loadOpenFile(file.get(), name, loader);
+    return loadOpenFile(file.get(), name, scan.loader);
+}
+
+int MountFileInfo::loadOpenFile(FILE* file, Rook::String const& name, FileLoader loader) {
+    OpenFileRecord const record(currentFiles_, name);
+    return (this->*loader)(file);
 }
 
 // Remembers, while an include line is being served, that the current profile includes the file.
@@ -141,8 +141,7 @@ void MountFileInfo::noteInclude(char const* name) {
     profileFileIncludesMapIs(currentFiles_.back().file, name);
 }
 
-bool MountFileInfo::passesFilters(Rook::String const& dirName, char const* name,
-                                  DynFileLoadCheck* check) const {
+bool MountFileInfo::passesFilters(DirectoryScan const& scan, char const* name) const {
     std::string const fileName(name);
     if (chroot_ && fileName.find(';') != std::string::npos) {
         MFI_TRACE(4, "skipping filename with ';' :{}", fileName);
@@ -152,10 +151,11 @@ bool MountFileInfo::passesFilters(Rook::String const& dirName, char const* name,
         MFI_TRACE(4, "skipping filename ending in  '~' :{}", fileName);
         return false;
     }
-    if (check == nullptr) {
+    if (scan.check == nullptr) {
         MFI_TRACE(4, "No json check.");
-    } else if (!check->canLoad(std::string(dirName.view()), fileName)) {
-        MFI_TRACE(4, "json disabled loading '{}' by check of type {}", fileName, check->fileType());
+    } else if (!scan.check->canLoad(std::string(scan.directory.view()), fileName)) {
+        MFI_TRACE(4, "json disabled loading '{}' by check of type {}", fileName,
+                  scan.check->fileType());
         return false;
     } else {
         MFI_TRACE(4, "canLoad oks loading '{}'", fileName);

@@ -40,10 +40,25 @@ void MountFileInfo::handleProfilePathLine(LineBuffer& buffer) {
     recordMountPath(path.data(), valueOf(type), secondComma + 1);
 }
 
+namespace {
+
+// The key of a path in the type map. Only the key becomes a string: the path as written is not
+// needed as one.
+Rook::String typeKey(LineBuffer const& path) {
+    if (std::strchr(path.data(), '%') == nullptr)
+        return path.data();
+    LineBuffer key;
+    copyText(key, path.data());
+    MountFileInfo::wildcardPath(key);
+    return key.data();
+}
+
+} // namespace
+
 std::optional<Rook::String> MountFileInfo::validateType(LineBuffer const& path,
                                                         char const* type) const {
     MFI_TRACE(8, "( path : {}, type : {} )", path.data(), type);
-    auto const found = pathTypeMap_.find(wildcardPath(Rook::String(path.data())));
+    auto const found = pathTypeMap_.find(typeKey(path));
     if (found != pathTypeMap_.end() && !found->second.empty())
         return found->second;
     std::ostringstream message;

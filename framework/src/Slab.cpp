@@ -83,8 +83,8 @@ Slab::~Slab() {
 }
 
 Slab::Page* Slab::pageOf(void* memory) noexcept {
-    return reinterpret_cast<Page*>(reinterpret_cast<std::uintptr_t>(memory) &
-                                   ~std::uintptr_t{pageBytes - 1});
+    auto const offset = reinterpret_cast<std::uintptr_t>(memory) & (pageBytes - 1);
+    return reinterpret_cast<Page*>(static_cast<char*>(memory) - offset);
 }
 
 void Slab::addSpan() {

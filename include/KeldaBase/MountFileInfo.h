@@ -579,17 +579,12 @@ class KELDABASE_API MountFileInfo {
     bool readContinuation(LineBuffer& buffer, std::size_t backslash, FILE* file) const;
     void reportReadError(int error) const;
     void reportNul(char const* line) const;
+    struct DirectoryScan;
+    std::optional<int> searchAndLoad(DirectoryScan const& scan);
+    std::optional<int> loadFiles(DirectoryScan const& scan, std::vector<char const*> const& names);
+    std::optional<int> loadDirectoryFile(DirectoryScan const& scan, char const* name);
     int loadOpenFile(FILE* file, Rook::String const& name, FileLoader loader);
-    std::optional<int> loadDirectoryFile(int directory, Rook::String const& dirName,
-                                         char const* name, FileLoader loader,
-                                         std::string_view pattern);
-    std::optional<int> searchAndLoad(int directory, Rook::String const& dirName, FileLoader loader,
-                                     char const* pattern, DynFileLoadCheck* check);
-    std::optional<int> loadFiles(int directory, Rook::String const& dirName,
-                                 std::vector<char const*> const& names, FileLoader loader,
-                                 char const* pattern, DynFileLoadCheck* check);
-    bool passesFilters(Rook::String const& dirName, char const* name,
-                       DynFileLoadCheck* check) const;
+    bool passesFilters(DirectoryScan const& scan, char const* name) const;
     void noteInclude(char const* name);
     int loadConfigMountProfile();
     bool loadExtraPreinits(char const* list, bool& namesDefault);
