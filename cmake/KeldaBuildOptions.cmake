@@ -27,6 +27,7 @@ if(KELDA_SANITIZE)
     add_link_options(-fsanitize=${KELDA_SANITIZE})
 endif()
 if(KELDA_COVERAGE)
-    add_compile_options(--coverage -O0)
+    # Counted atomically: some tests run threads.
+    add_compile_options(--coverage -fprofile-update=atomic -O0)
     add_link_options(--coverage)
 endif()
