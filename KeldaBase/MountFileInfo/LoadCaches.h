@@ -2,8 +2,9 @@
 // and may be dropped at any time.
 #pragma once
 
-#include <bitset>
+#include <array>
 #include <cstdint>
+#include <optional>
 
 #include <KeldaBase/MountFileInfo.h>
 
