@@ -1,50 +1,60 @@
-// The framework's exceptions. Each carries one text, what(), written for the person who reads it.
+/// The framework's exceptions. Each carries one text, what(), written for the person who reads it.
 #pragma once
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 
+#include <Fen/Export.h>
+
 namespace Fen {
 
-class Exception : public std::runtime_error {
+class FEN_API Exception : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
     ~Exception() override;
 };
 
-// A fault in what an agent was given: a file, a path, an agent string.
-class AgentException : public Exception {
+/// A fault in what an agent was given: a file, a path, an agent string.
+class FEN_API AgentException : public Exception {
   public:
     using Exception::Exception;
     ~AgentException() override;
 };
 
-// An operation that this flavour of an object does not offer.
-class NoImplementationException : public Exception {
+/// An operation that this flavour of an object does not offer.
+class FEN_API NoImplementationException : public Exception {
   public:
     using Exception::Exception;
     ~NoImplementationException() override;
 };
 
-// A null was given to an operation that changes an object.
-class NullArgumentException : public Exception {
+/// A null was given to an operation that changes an object.
+class FEN_API NullArgumentException : public Exception {
   public:
     using Exception::Exception;
     ~NullArgumentException() override;
 };
 
-// An optional was read that holds nothing.
-class BadOptionalAccess : public Exception {
+/// An optional was read that holds nothing.
+class FEN_API BadOptionalAccess : public Exception {
   public:
     using Exception::Exception;
     ~BadOptionalAccess() override;
 };
 
-// A text from which a value cannot be read.
-class AttributeFormatException : public Exception {
+/// A text from which a value cannot be read.
+class FEN_API AttributeFormatException : public Exception {
   public:
-    using Exception::Exception;
+    explicit AttributeFormatException(std::string const& what, std::size_t position = 0)
+        : Exception(what), position_(position) {}
     ~AttributeFormatException() override;
+
+    /// Where in the text reading stopped: the offset of the first byte that does not fit.
+    std::size_t position() const noexcept { return position_; }
+
+  private:
+    std::size_t position_;
 };
 
 } // namespace Fen

@@ -1,14 +1,14 @@
-// The flags of a mount: a set of one-letter flags in 32 bits.
+/// The flags of a mount: a set of one-letter flags in 32 bits.
 #pragma once
 
 #include <cstdint>
 
 namespace Fen::MountTable {
 
-// KeldaUtil/MountFlags.h holds the letters and converts from and to text.
-//
-// A text with a letter that has no bit is kept whole: such a value has bit 0x80000000 set and its
-// other bits say which text it is. Only conversion to text and comparison make sense for it.
+/// KeldaUtil/MountFlags.h holds the letters and converts from and to text.
+///
+/// A text with a letter that has no bit is kept whole: such a value has bit 0x80000000 set and its
+/// other bits say which text it is. Only conversion to text and comparison make sense for it.
 class Flags {
   public:
     static constexpr std::uint32_t instantiatingBit = 0x80000;
@@ -18,9 +18,9 @@ class Flags {
     constexpr explicit Flags(std::uint32_t bits) noexcept : bits_(bits) {}
 
     constexpr std::uint32_t bits() const noexcept { return bits_; }
-    // Whether the value stands for a text with letters that have no bit.
+    /// Whether the value stands for a text with letters that have no bit.
     constexpr bool isUnknownText() const noexcept { return (bits_ & unknownTextBit) != 0; }
-    // Whether a mount with these flags makes its path exist in the agent's mount table.
+    /// Whether a mount with these flags makes its path exist in the agent's mount table.
     constexpr bool instantiatingMount() const noexcept {
         return !isUnknownText() && (bits_ & instantiatingBit) != 0;
     }

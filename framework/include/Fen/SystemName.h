@@ -1,11 +1,12 @@
-// The name of the system that the process runs on.
+/// The name of the system that the process runs on.
 #pragma once
 
+#include <Fen/Export.h>
 #include <Rook/String.h>
 
 namespace Fen {
 
-// The host's name as the kernel tells it now; the empty string when it has none.
-Rook::String systemName();
+/// The host's name as the kernel tells it now; the empty string when it has none.
+FEN_API Rook::String systemName();
 
 } // namespace Fen

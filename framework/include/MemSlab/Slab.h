@@ -1,11 +1,12 @@
-// Named slabs: memory for many small objects, with figures that tell how much of it is in use.
-//
-// A slab serves objects of up to 512 bytes from pages of 8 KiB, each page for one size (rounded up
-// to 8 bytes), and larger ones straight from the heap. It takes pages from the heap in spans of 16,
-// and gives a span back when all of its pages are free, but for one that is kept for the next need.
-//
-// A slab lives until the process ends, so memory that it handed out may outlive whoever asked for
-// it. All operations may be called from any thread.
+/// Named slabs: memory for many small objects, with figures that tell how much of it is in use.
+///
+/// A slab serves objects of up to 512 bytes from pages of 8 KiB, each page for one size (rounded up
+/// to 8 bytes), and larger ones straight from the heap. It takes pages from the heap in spans of
+/// 16, and gives a span back when all of its pages are free, but for one that is kept for the next
+/// need.
+///
+/// A slab lives until the process ends, so memory that it handed out may outlive whoever asked for
+/// it. All operations may be called from any thread.
 #pragma once
 
 #include <array>
@@ -16,28 +17,30 @@
 #include <string>
 #include <string_view>
 
+#include <Fen/Export.h>
+
 namespace MemSlab {
 
-class Slab {
+class FEN_API Slab {
   public:
     explicit Slab(std::string_view name);
-    // All that the slab handed out must have come back.
+    /// All that the slab handed out must have come back.
     ~Slab();
     Slab(Slab const&) = delete;
     Slab& operator=(Slab const&) = delete;
 
     std::string const& name() const noexcept { return name_; }
 
-    // Memory for `bytes` bytes, aligned for any object without extended alignment (8 bytes where
-    // `bytes` is no multiple of 16). Throws std::bad_alloc when there is none.
+    /// Memory for `bytes` bytes, aligned for any object without extended alignment (8 bytes where
+    /// `bytes` is no multiple of 16). Throws std::bad_alloc when there is none.
     void* allocate(std::size_t bytes);
-    // Gives back what allocate(bytes) returned; `bytes` must be the same. A null pointer is
-    // ignored.
+    /// Gives back what allocate(bytes) returned; `bytes` must be the same. A null pointer is
+    /// ignored.
     void deallocate(void* memory, std::size_t bytes) noexcept;
 
-    // Bytes asked for and not yet given back.
+    /// Bytes asked for and not yet given back.
     std::size_t bytesInUse() const noexcept;
-    // Bytes that the slab holds from the heap, those in use included.
+    /// Bytes that the slab holds from the heap, those in use included.
     std::size_t bytesHeld() const noexcept;
 
   private:
@@ -65,18 +68,18 @@ class Slab {
 
     std::string const name_;
     mutable std::mutex mutex_;
-    std::array<PageList, largestSmall / granule + 1> pagesWithRoom_; // per size
+    std::array<PageList, largestSmall / granule + 1> pagesWithRoom_; ///< per size
     PageList freePages_;
-    Span* spareSpan_ = nullptr; // all of its pages are free
+    Span* spareSpan_ = nullptr; ///< all of its pages are free
     std::size_t bytesInUse_ = 0;
     std::size_t bytesHeld_ = 0;
 };
 
-// The slab of this name, made when it is first asked for and never destroyed.
-Slab& slab(std::string_view name);
+/// The slab of this name, made when it is first asked for and never destroyed.
+FEN_API Slab& slab(std::string_view name);
 
-// A standard allocator that draws on one slab. Two allocators are equal when their slabs are the
-// same; containers take the allocator along when they are moved, copied or swapped.
+/// A standard allocator that draws on one slab. Two allocators are equal when their slabs are the
+/// same; containers take the allocator along when they are moved, copied or swapped.
 template <class T>
 class Allocator {
   public:
@@ -87,7 +90,7 @@ class Allocator {
     using is_always_equal = std::false_type;
 
     explicit Allocator(Slab& slab) noexcept : slab_(&slab) {}
-    // Draws on the slab named "default".
+    /// Draws on the slab named "default".
     Allocator() : slab_(&MemSlab::slab("default")) {}
     template <class U>
     Allocator(Allocator<U> const& other) noexcept : slab_(&other.slab()) {}

@@ -1,4 +1,4 @@
-// Rook::Ptr: a counted reference to a Rook::Node.
+/// Rook::Ptr: a counted reference to a Rook::Node.
 #pragma once
 
 #include <cstddef>
@@ -10,8 +10,8 @@
 
 namespace Rook {
 
-// Holds one reference to a T, which derives from Rook::Node, or null. Copying adds a reference,
-// moving hands it over, destruction drops it; the last one deletes the node.
+/// Holds one reference to a T, which derives from Rook::Node, or null. Copying adds a reference,
+/// moving hands it over, destruction drops it; the last one deletes the node.
 template <class T>
 class Ptr {
   public:

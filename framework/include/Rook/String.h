@@ -1,14 +1,14 @@
-// Rook::String: an immutable, deduplicated string in one pointer.
-//
-// All strings with the same characters share one buffer, which lives in a process-wide table.
-// Equality and hashing therefore cost O(1), a copy costs one counter, and a list of strings costs
-// eight bytes a string however often a text is repeated.
-//
-// Making a String from characters looks the characters up in the table, so do that once per text
-// and pass the String on.
-//
-// Threads: any number of threads may make, copy and drop strings at the same time. One String
-// object must not be changed by one thread while another uses it.
+/// Rook::String: an immutable, deduplicated string in one pointer.
+///
+/// All strings with the same characters share one buffer, which lives in a process-wide table.
+/// Equality and hashing therefore cost O(1), a copy costs one counter, and a list of strings costs
+/// eight bytes a string however often a text is repeated.
+///
+/// Making a String from characters looks the characters up in the table, so do that once per text
+/// and pass the String on.
+///
+/// Threads: any number of threads may make, copy and drop strings at the same time. One String
+/// object must not be changed by one thread while another uses it.
 #pragma once
 
 #include <atomic>
@@ -25,24 +25,26 @@
 #include <fmt/format.h>
 #include <sys/single_threaded.h>
 
+#include <Fen/Export.h>
+
 namespace Rook {
 
 class String;
 
-// Anything that can be compared with or appended to a String without being one. A null pointer
-// counts as the empty string.
+/// Anything that can be compared with or appended to a String without being one. A null pointer
+/// counts as the empty string.
 template <class T>
 concept StringLike = !std::same_as<T, String> && std::convertible_to<T const&, std::string_view>;
 
-class String {
+class FEN_API String {
   public:
     static constexpr std::size_t npos = std::string_view::npos;
 
-    // The empty string; it needs no table.
+    /// The empty string; it needs no table.
     String() noexcept = default;
 
-    // The string with these characters. A null pointer gives the empty string; a view or a
-    // std::string may hold NUL characters. At most 4 GiB - 1 characters.
+    /// The string with these characters. A null pointer gives the empty string; a view or a
+    /// std::string may hold NUL characters. At most 4 GiB - 1 characters.
     String(char const* text) : String(viewOf(text)) {}
     String(std::string_view text) : rep_(text.empty() ? nullptr : intern(text)) {}
     String(std::string const& text) : String(std::string_view(text)) {}
@@ -60,23 +62,23 @@ class String {
     }
     ~String() { release(rep_); }
 
-    // The characters, followed by a NUL; valid as long as any String with this text lives.
+    /// The characters, followed by a NUL; valid as long as any String with this text lives.
     char const* c_str() const noexcept { return rep_ == nullptr ? "" : rep_->text(); }
-    // The number of characters, without the closing NUL.
+    /// The number of characters, without the closing NUL.
     std::size_t size() const noexcept { return rep_ == nullptr ? 0 : rep_->size; }
     bool empty() const noexcept { return rep_ == nullptr; }
     std::string_view view() const noexcept { return {c_str(), size()}; }
     operator std::string_view() const noexcept { return view(); }
 
-    // The offset of the first occurrence of `text` at or after offset `from`, or npos.
+    /// The offset of the first occurrence of `text` at or after offset `from`, or npos.
     std::size_t find(std::string_view text, std::size_t from = 0) const noexcept {
         return view().find(text, from);
     }
-    // Up to `n` characters from offset `from`; an offset past the end gives the empty string.
+    /// Up to `n` characters from offset `from`; an offset past the end gives the empty string.
     String substr(std::size_t from, std::size_t n = npos) const;
     bool startsWith(std::string_view prefix) const noexcept { return view().starts_with(prefix); }
     bool endsWith(std::string_view suffix) const noexcept { return view().ends_with(suffix); }
-    // The string with A to Z turned into a to z; every other byte stays as it is.
+    /// The string with A to Z turned into a to z; every other byte stays as it is.
     String toLower() const;
 
     template <class T>
@@ -85,11 +87,11 @@ class String {
         return *this;
     }
 
-    // A hash of the characters, computed once when the buffer was made: equal in every process.
+    /// A hash of the characters, computed once when the buffer was made: equal in every process.
     std::size_t hash() const noexcept { return rep_ == nullptr ? 0 : rep_->hash; }
 
     friend bool operator==(String const& a, String const& b) noexcept { return a.rep_ == b.rep_; }
-    // Byte order, as strcmp has it, with NUL characters counted like any other.
+    /// Byte order, as strcmp has it, with NUL characters counted like any other.
     friend std::strong_ordering operator<=>(String const& a, String const& b) noexcept {
         return a.rep_ == b.rep_ ? std::strong_ordering::equal : compare(a.view(), b.view());
     }
@@ -111,13 +113,13 @@ class String {
         return concat(viewOf(a), b.view());
     }
 
-    // Gives back the buffers that no String uses any more and shrinks the table to what is left.
-    // A dropped buffer otherwise stays until the table has to grow, so that a text that comes back
-    // is found again at once.
+    /// Gives back the buffers that no String uses any more and shrinks the table to what is left.
+    /// A dropped buffer otherwise stays until the table has to grow, so that a text that comes back
+    /// is found again at once.
     static void defragment();
 
-    // Figures of the deduplication table: buffers it holds (used or not) and the bytes they and
-    // the table take.
+    /// Figures of the deduplication table: buffers it holds (used or not) and the bytes they and
+    /// the table take.
     struct TableFigures {
         std::size_t buffers;
         std::size_t bytes;
@@ -125,7 +127,7 @@ class String {
     static TableFigures tableFigures();
 
   private:
-    // One shared buffer; its characters and their closing NUL follow it in memory.
+    /// One shared buffer; its characters and their closing NUL follow it in memory.
     struct Rep {
         std::atomic<std::uint32_t> references;
         std::uint32_t hash;
@@ -150,7 +152,7 @@ class String {
         return a.compare(b) <=> 0;
     }
 
-    // Atomic once the process has a second thread, a plain load and store before.
+    /// Atomic once the process has a second thread, a plain load and store before.
     static void retain(Rep* rep) noexcept {
         if (rep == nullptr)
             return;
@@ -175,7 +177,7 @@ class String {
 
 static_assert(sizeof(String) == sizeof(void*));
 
-std::ostream& operator<<(std::ostream& stream, String const& text);
+FEN_API std::ostream& operator<<(std::ostream& stream, String const& text);
 
 } // namespace Rook
 

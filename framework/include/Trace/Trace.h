@@ -1,13 +1,13 @@
-// Trace messages by component and level.
-//
-// A component has 16 levels, switched on and off one by one by a mask: level N is on when bit N is.
-// All are off at first. The environment variable KELDA_TRACE switches levels on from outside when
-// a component is first named, as in
-//
-//     KELDA_TRACE=MountFileInfo=0-4,8;MountFileInfoWrap=5
-//
-// (components separated by ";", each with levels and ranges of levels separated by ","). A part
-// that cannot be read is named on standard error and left out.
+/// Trace messages by component and level.
+///
+/// A component has 16 levels, switched on and off one by one by a mask: level N is on when bit N
+/// is. All are off at first. The environment variable KELDA_TRACE switches levels on from outside
+/// when a component is first named, as in
+///
+///     KELDA_TRACE=MountFileInfo=0-4,8;MountFileInfoWrap=5
+///
+/// (components separated by ";", each with levels and ranges of levels separated by ","). A part
+/// that cannot be read is named on standard error and left out.
 #pragma once
 
 #include <atomic>
@@ -17,6 +17,8 @@
 #include <string_view>
 
 #include <fmt/format.h>
+
+#include <Fen/Export.h>
 
 namespace Trace {
 
@@ -29,7 +31,7 @@ class Handle {
     std::string const& name() const noexcept { return name_; }
     std::uint16_t mask() const noexcept { return mask_.load(std::memory_order_relaxed); }
     void setMask(std::uint16_t mask) noexcept { mask_.store(mask, std::memory_order_relaxed); }
-    // Whether `level`, 0 to 15, is on.
+    /// Whether `level`, 0 to 15, is on.
     bool enabled(unsigned level) const noexcept { return (mask() >> level & 1U) != 0; }
 
   private:
@@ -37,19 +39,20 @@ class Handle {
     std::atomic<std::uint16_t> mask_;
 };
 
-// The handle of a component, made when it is first asked for; it lives until the process ends.
-Handle& handle(std::string_view name);
+/// The handle of a component, made when it is first asked for; it lives until the process ends.
+FEN_API Handle& handle(std::string_view name);
 
-// Where messages go: the component's name, the level, the text without a line end.
+/// Where messages go: the component's name, the level, the text without a line end.
 using Sink = std::function<void(std::string const& component, int level, std::string const& text)>;
 
-// Replaces the sink and returns the former one. An empty sink stands for the default, which writes
-// "COMPONENT LEVEL: TEXT" lines to standard error. Sinks are called one at a time; a sink must not
-// call setSink, and what it traces itself is dropped.
-Sink setSink(Sink sink);
+/// Replaces the sink and returns the former one. An empty sink stands for the default, which writes
+/// "COMPONENT LEVEL: TEXT" lines to standard error. Sinks are called one at a time; a sink must not
+/// call setSink, and what it traces itself is dropped.
+FEN_API Sink setSink(Sink sink);
 
-// Formats a message and hands it to the sink; use TRACE_MESSAGE, which checks the level first.
-void emit(Handle const& handle, unsigned level, fmt::string_view format, fmt::format_args args);
+/// Formats a message and hands it to the sink; use TRACE_MESSAGE, which checks the level first.
+FEN_API void emit(Handle const& handle, unsigned level, fmt::string_view format,
+                  fmt::format_args args);
 
 template <class... Args>
 void message(Handle const& handle, unsigned level, fmt::format_string<Args...> format,
@@ -59,8 +62,8 @@ void message(Handle const& handle, unsigned level, fmt::format_string<Args...> f
 
 } // namespace Trace
 
-// Traces a message: TRACE_MESSAGE(handle, level, "( path : {} )", path). While the level is off it
-// costs one load and one branch: the arguments are not evaluated.
+/// Traces a message: TRACE_MESSAGE(handle, level, "( path : {} )", path). While the level is off it
+/// costs one load and one branch: the arguments are not evaluated.
 #define TRACE_MESSAGE(handle, level, ...)                                                          \
     do {                                                                                           \
         if (::Trace::Handle const& traceHandle = (handle); traceHandle.enabled(level))             \
