@@ -175,9 +175,13 @@ KELDABASE_API Rook::Ptr<PreinitPathInfoCol> preinitPathInfoColFactory();
 
 /// Owns the parser of one agent process and publishes its answers.
 ///
-///     auto const wrap = Kelda::agentMountFileInfoWrapFactory(false, "FanTray-2", "", "", "",
-///     true); for (auto const& mount : *wrap->getMountPathInfoAll("FanTray-2"))
+///     auto const wrap =
+///         Kelda::agentMountFileInfoWrapFactory(false, "FanTray-2", "", "", "", true);
+///     auto const mounts = wrap->getMountPathInfoAll("FanTray-2");
+///     for (auto const& mount : *mounts)
 ///         use(mount->path(), mount->type(), mount->flags());
+///
+/// (The loop needs `mounts`: a collection lives as long as somebody holds a Rook::Ptr to it.)
 ///
 /// A new entity has a parser, to which its agent string was added, but nothing is read: the first
 /// operation that asks for paths makes the parser load everything. Faults in files, and questions
