@@ -17,7 +17,7 @@ namespace {
 
 // The path without the "/" at its end.
 Rook::String doCleanPath(Rook::String const& path) {
-    auto const clean = path.endsWith("/") ? path.substr(0, path.size() - 1) : path;
+    auto clean = path.endsWith("/") ? path.substr(0, path.size() - 1) : path;
     // The message names the operation in full, as people look it up.
     FEN_ASSERT_MSG(!clean.startsWith("/"),
                    "path[ 0 ] != '/', in Fen::String Kelda::doCleanPath(Fen::String, bool)");
