@@ -1,3 +1,4 @@
+/// @file
 /// The parser that runs inside an agent: loads what is the agent's, and throws at the first fault.
 #pragma once
 
@@ -25,6 +26,7 @@ class KELDABASE_API AgentMountFileInfo : public MountFileInfo {
     AgentMountFileInfo(bool dontMergeFlags, Rook::String preinitDir,
                        Rook::String keldaMountProfileDir, bool loadMountProfile,
                        Rook::String defaultGroupName);
+    /// Gives back everything, also after disableUnDoInit.
     ~AgentMountFileInfo() override;
 
     /// Adds an agent string. `overrideAgentString`, if not empty, is what "%agentString" stands for
@@ -43,6 +45,7 @@ class KELDABASE_API AgentMountFileInfo : public MountFileInfo {
     /// From now on unDoInit does nothing; there is no way back.
     void disableUnDoInit() override;
 
+    /// As in MountFileInfo; which agents have no profile is forgotten too.
     void clearProfileData() override;
 
     /// Sets the root flags of an agent that has no profile. Loads first; then it is a programming
@@ -91,15 +94,16 @@ class KELDABASE_API AgentMountFileInfo : public MountFileInfo {
   protected:
     /// One call of recordMountArgsExternal.
     struct SavedRMA {
-        Rook::String path;
-        MountArgs args;
-        bool targetPath = false;
-        bool mergeType = false;
+        Rook::String path;       ///< its argument of this name
+        MountArgs args;          ///< its argument of this name
+        bool targetPath = false; ///< its argument of this name
+        bool mergeType = false;  ///< its argument of this name
     };
 
-    bool unDoInitDisabled_ = false;
-    bool loadMountProfile_;
-    std::vector<SavedRMA> savedRMAs_;
+    bool unDoInitDisabled_ = false;   ///< disableUnDoInit was called
+    bool loadMountProfile_;           ///< the constructor's argument
+    std::vector<SavedRMA> savedRMAs_; ///< in the order of the calls
+    /// Those that foundMountProfile says no to.
     UnorderedStringSet agentStringsWithoutProfile_;
 
   private:

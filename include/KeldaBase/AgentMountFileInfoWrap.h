@@ -1,5 +1,15 @@
+/// @file
 /// What an agent asks: the published entity that owns an agent-side parser, and the values and
 /// collections in which it publishes what the parser knows.
+///
+/// Values have equality by their attributes, a truth test (false when every attribute is empty) and
+/// a string form, as <Fen/Attribute.h> explains:
+///
+///     Kelda::ConfigPathInfo(path: "sys/config/banner", type: "Config::Banner")
+///
+/// Collections have one element per path. They iterate with begin() and end() and tell their
+/// size(), as <Fen/Collection.h> explains. Adding an element whose path is known replaces the one
+/// that was there; removing a path that is not there is no error.
 #pragma once
 
 #include <array>
@@ -19,17 +29,16 @@ namespace Kelda {
 class MountFileInfo;
 
 // ------------------------------------------------------------------------------------------------
-// Values. Each has equality by its attributes, a truth test (false when every attribute is empty)
-// and a string form, as <Fen/Attribute.h> explains:
-//
-//     Kelda::ConfigPathInfo(path: "sys/config/banner", type: "Config::Banner")
+// Values
 // ------------------------------------------------------------------------------------------------
 
 /// One mount path with its type and flags. Shared: it is handed out by Rook::Ptr. Comparing two
 /// objects compares their attributes, comparing two Rook::Ptr which objects they are.
 class KELDABASE_API MountPathInfo : public Rook::Node, public Fen::AttributeValue<MountPathInfo> {
   public:
+    /// What string forms begin with.
     static constexpr std::string_view typeName = "Kelda::MountPathInfo";
+    /// The attributes in their order, for Fen::AttributeValue.
     static constexpr auto attributes() {
         using Attribute = Fen::Attribute<MountPathInfo>;
         return std::array{Attribute{"path", &MountPathInfo::path_},
@@ -39,8 +48,9 @@ class KELDABASE_API MountPathInfo : public Rook::Node, public Fen::AttributeValu
 
     /// All attributes are empty.
     MountPathInfo();
-    /// `flags` as KeldaUtil::mountTableFlagsToString writes them.
+    /// The value with these attributes; `flags` as KeldaUtil::mountTableFlagsToString writes them.
     MountPathInfo(Rook::String const& path, Rook::String const& type, Rook::String const& flags);
+    /// Called by the last Rook::Ptr.
     ~MountPathInfo() override;
 
     /// The path, relative to the database's root: without a "/" at its front.
@@ -59,16 +69,20 @@ class KELDABASE_API MountPathInfo : public Rook::Node, public Fen::AttributeValu
 /// One config path with its type.
 class KELDABASE_API ConfigPathInfo : public Fen::AttributeValue<ConfigPathInfo> {
   public:
+    /// What string forms begin with.
     static constexpr std::string_view typeName = "Kelda::ConfigPathInfo";
+    /// The attributes in their order, for Fen::AttributeValue.
     static constexpr auto attributes() {
         using Attribute = Fen::Attribute<ConfigPathInfo>;
         return std::array{Attribute{"path", &ConfigPathInfo::path_},
                           Attribute{"type", &ConfigPathInfo::type_}};
     }
 
+    /// All attributes are empty.
     ConfigPathInfo() noexcept = default;
     /// The value with this string form; throws Fen::AttributeFormatException for any other text.
     explicit ConfigPathInfo(std::string_view strep);
+    /// The value with these attributes.
     ConfigPathInfo(Rook::String const& path, Rook::String const& type);
 
     /// The path as a preinit file declares it.
@@ -84,7 +98,9 @@ class KELDABASE_API ConfigPathInfo : public Fen::AttributeValue<ConfigPathInfo> 
 /// One path of the preinit files with its type and attribute.
 class KELDABASE_API PreinitPathInfo : public Fen::AttributeValue<PreinitPathInfo> {
   public:
+    /// What string forms begin with.
     static constexpr std::string_view typeName = "Kelda::PreinitPathInfo";
+    /// The attributes in their order, for Fen::AttributeValue.
     static constexpr auto attributes() {
         using Attribute = Fen::Attribute<PreinitPathInfo>;
         return std::array{Attribute{"path", &PreinitPathInfo::path_},
@@ -92,9 +108,11 @@ class KELDABASE_API PreinitPathInfo : public Fen::AttributeValue<PreinitPathInfo
                           Attribute{"attr", &PreinitPathInfo::attr_}};
     }
 
+    /// All attributes are empty.
     PreinitPathInfo() noexcept = default;
     /// The value with this string form; throws Fen::AttributeFormatException for any other text.
     explicit PreinitPathInfo(std::string_view strep);
+    /// The value with these attributes.
     PreinitPathInfo(Rook::String const& path, Rook::String const& type, Rook::String const& attr);
 
     /// The path with its tokens, as a preinit file declares it.
@@ -115,22 +133,21 @@ KELDABASE_API Rook::Ptr<MountPathInfo>
 mountPathInfoFactory(Rook::String const& path, Rook::String const& type, Rook::String const& flags);
 
 // ------------------------------------------------------------------------------------------------
-// Collections, each with one element per path. They iterate with begin() and end() and tell their
-// size(), as <Fen/Collection.h> explains. Adding an element whose path is known replaces the one
-// that was there; removing a path that is not there is no error.
+// Collections
 // ------------------------------------------------------------------------------------------------
 
 /// Mount paths in ascending order of their paths. Its elements are Rook::Ptr<MountPathInfo>.
 class KELDABASE_API MountPathInfoCol
     : public Fen::OrderedCollection<Rook::Ptr<MountPathInfo>, &MountPathInfo::path> {
   public:
-    MountPathInfoCol();
-    ~MountPathInfoCol() override;
+    MountPathInfoCol();           ///< without elements
+    ~MountPathInfoCol() override; ///< called by the last Rook::Ptr
 
     /// Adds or replaces; null throws Fen::NullArgumentException and changes nothing.
     void mountPathDataIs(Rook::Ptr<MountPathInfo> const& info);
     /// Removes an element and returns it; null when there was none.
     Rook::Ptr<MountPathInfo> mountPathDataDel(Rook::String const& path);
+    /// Removes every element.
     void mountPathDataDelAll();
     /// The element of a path; null when there is none.
     Rook::Ptr<MountPathInfo> mountPathData(Rook::String const& path) const;
@@ -140,11 +157,14 @@ class KELDABASE_API MountPathInfoCol
 class KELDABASE_API ConfigPathInfoCol
     : public Fen::HashedCollection<ConfigPathInfo, &ConfigPathInfo::path> {
   public:
-    ConfigPathInfoCol();
-    ~ConfigPathInfoCol() override;
+    ConfigPathInfoCol();           ///< without elements
+    ~ConfigPathInfoCol() override; ///< called by the last Rook::Ptr
 
+    /// Adds or replaces.
     void configPathDataIs(ConfigPathInfo const& info);
+    /// Removes an element, if there is one.
     void configPathDataDel(Rook::String const& path);
+    /// Removes every element.
     void configPathDataDelAll();
     /// The element of a path; a false value when there is none.
     ConfigPathInfo configPathData(Rook::String const& path) const;
@@ -154,19 +174,24 @@ class KELDABASE_API ConfigPathInfoCol
 class KELDABASE_API PreinitPathInfoCol
     : public Fen::OrderedCollection<PreinitPathInfo, &PreinitPathInfo::path> {
   public:
-    PreinitPathInfoCol();
-    ~PreinitPathInfoCol() override;
+    PreinitPathInfoCol();           ///< without elements
+    ~PreinitPathInfoCol() override; ///< called by the last Rook::Ptr
 
+    /// Adds or replaces.
     void preinitPathDataIs(PreinitPathInfo const& info);
+    /// Removes an element, if there is one.
     void preinitPathDataDel(Rook::String const& path);
+    /// Removes every element.
     void preinitPathDataDelAll();
     /// The element of a path; a false value when there is none.
     PreinitPathInfo preinitPathData(Rook::String const& path) const;
 };
 
-/// New collections without elements.
+/// A new collection without elements.
 KELDABASE_API Rook::Ptr<MountPathInfoCol> mountPathInfoColFactory();
+/// A new collection without elements.
 KELDABASE_API Rook::Ptr<ConfigPathInfoCol> configPathInfoColFactory();
+/// A new collection without elements.
 KELDABASE_API Rook::Ptr<PreinitPathInfoCol> preinitPathInfoColFactory();
 
 // ------------------------------------------------------------------------------------------------
@@ -198,7 +223,7 @@ class KELDABASE_API AgentMountFileInfoWrap : public Rook::Node {
     AgentMountFileInfoWrap(bool dontMergeFlags, Rook::String const& agentString,
                            Rook::String const& overrideAgentString, Rook::String const& preinitDir,
                            Rook::String const& profileDir, bool loadMountProfile);
-    /// Destroys the parser.
+    /// As handleDestruction; called by the last Rook::Ptr.
     ~AgentMountFileInfoWrap() override;
 
     /// Makes the parser, over the directories preinitDir() and profileDir() (the default ones where
@@ -243,12 +268,14 @@ class KELDABASE_API AgentMountFileInfoWrap : public Rook::Node {
     /// calledFromContainerIs(true).
     bool isLikelyTest();
 
-    /// The entity's own collections; made when there are none.
+    /// The entity's own collection, as it is; an empty one is made when there is none.
     Rook::Ptr<ConfigPathInfoCol> configPathColIs();
+    /// The entity's own collection, as it is; an empty one is made when there is none.
     Rook::Ptr<PreinitPathInfoCol> preinitPathColIs();
-    /// Take a collection out of the entity: the caller has it, the next request makes a new one.
+    /// Takes the collection out of the entity: the caller has it, the next request makes a new one.
     /// Null when there is none.
     Rook::Ptr<ConfigPathInfoCol> configPathColDel();
+    /// Takes the collection out of the entity, as configPathColDel does.
     Rook::Ptr<PreinitPathInfoCol> preinitPathColDel();
 
     /// Gives the entity another parser, which it will destroy as its own. The old one is not
@@ -257,21 +284,38 @@ class KELDABASE_API AgentMountFileInfoWrap : public Rook::Node {
     /// The parser, for questions that are not published here; null after handleDestruction.
     MountFileInfo* mountFileInfoPtr() const noexcept { return mountFileInfo_; }
 
+    /// Says whether the process is an agent in its container; see isLikelyTest.
     void calledFromContainerIs(bool calledFromContainer) noexcept {
         calledFromContainer_ = calledFromContainer;
     }
 
-    /// The attributes as they were given, not as doInit completes them.
+    /// @name Attributes
+    /// As they were given, not as doInit completes them; agentMountFileInfoWrapFactory explains
+    /// them.
+    /// @{
+
+    /// Whether paths above the agent's are left out.
     bool dontMergeFlags() const noexcept { return dontMergeFlags_; }
+    /// Whether profiles are read.
     bool loadMountProfile() const noexcept { return loadMountProfile_; }
+    /// What calledFromContainerIs said last; false at first.
     bool calledFromContainer() const noexcept { return calledFromContainer_; }
+    /// Whether doInit ran, and handleDestruction not since.
     bool initialized() const noexcept { return initialized_; }
+    /// The agent string of the construction; addAgent adds others to the parser only.
     Rook::String const& agentString() const noexcept { return agentString_; }
+    /// Its override; may be empty.
     Rook::String const& overrideAgentString() const noexcept { return overrideAgentString_; }
+    /// The directory of preinit files; may be empty.
     Rook::String const& preinitDir() const noexcept { return preinitDir_; }
+    /// The directory of mount profiles; may be empty.
     Rook::String const& profileDir() const noexcept { return profileDir_; }
+    /// The entity's own collection, filled or not; null after configPathColDel.
     Rook::Ptr<ConfigPathInfoCol> const& configPathCol() const noexcept { return configPathCol_; }
+    /// The entity's own collection, filled or not; null after preinitPathColDel.
     Rook::Ptr<PreinitPathInfoCol> const& preinitPathCol() const noexcept { return preinitPathCol_; }
+
+    /// @}
 
   private:
     MountFileInfo& parser() const;

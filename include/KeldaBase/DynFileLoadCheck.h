@@ -1,3 +1,4 @@
+/// @file
 /// The check that a directory scan asks before it reads a file. An optional plug-in library may
 /// bring its own; without it every file may be read.
 #pragma once
@@ -8,7 +9,7 @@
 #include <KeldaBase/Export.h>
 
 /// What a check has to answer. One instance serves one file type: "KeldaMountProfiles" or
-/// "preinit".
+/// "preinit". Kelda::FileLoadCheck is the same class.
 class KELDABASE_API FileLoadCheck {
   public:
     /// Reads whatever the check needs. The parser ignores the result and asks parsed() instead.
@@ -19,17 +20,22 @@ class KELDABASE_API FileLoadCheck {
     virtual std::string const& fileType() = 0;
     /// Whether parse() succeeded.
     virtual bool parsed() = 0;
+    /// Whoever owns a check destroys it through this class.
     virtual ~FileLoadCheck() = default;
 };
 
-/// The built-in check: every file may be read. There is nothing to parse, so parse() gives -1 and
-/// parsed() false.
+/// The built-in check: every file may be read. Kelda::FileLoadCheckNoOp is the same class.
 class KELDABASE_API FileLoadCheckNoOp : public FileLoadCheck {
   public:
+    /// Takes any file type.
     explicit FileLoadCheckNoOp(std::string const& fileType);
+    /// -1: there is nothing to parse.
     int parse() override;
+    /// True.
     bool canLoad(std::string const& dir, std::string const& file) override;
+    /// As given to the constructor.
     std::string const& fileType() override;
+    /// False.
     bool parsed() override;
 
     /// The built-in factory: a new instance, which the caller owns.
@@ -44,26 +50,34 @@ class KELDABASE_API FileLoadCheckNoOp : public FileLoadCheck {
 /// The first instance chooses the kind for the whole process: if "libPluginLoader.so" (or a library
 /// loaded after this one) exports "getFileLoadCheckFactory", that function is called without
 /// arguments and returns a FileLoadCheck::Factory or null; null or no such function chooses
-/// FileLoadCheckNoOp. Threads may construct their first instances together.
+/// FileLoadCheckNoOp. Threads may construct their first instances together. Kelda::DynFileLoadCheck
+/// is the same class.
 class KELDABASE_API DynFileLoadCheck {
   public:
-    /// Makes a check for a file type; the caller owns the result.
+    /// Makes a check for a file type; the caller owns the result. Null counts as failure.
     using Factory = FileLoadCheck* (*)(std::string const& fileType);
 
+    /// Makes the check; where the factory fails, a FileLoadCheckNoOp. It is not parsed yet.
     explicit DynFileLoadCheck(std::string const& fileType);
+    /// Destroys the check.
     ~DynFileLoadCheck();
     DynFileLoadCheck(DynFileLoadCheck const&) = delete;
     DynFileLoadCheck& operator=(DynFileLoadCheck const&) = delete;
 
-    /// The operations of the check; see FileLoadCheck.
+    /// FileLoadCheck::parse of the check.
     int parse() { return check_->parse(); }
+    /// FileLoadCheck::canLoad of the check.
     bool canLoad(std::string const& dir, std::string const& file) {
         return check_->canLoad(dir, file);
     }
+    /// FileLoadCheck::fileType of the check.
     std::string const& fileType() { return check_->fileType(); }
+    /// FileLoadCheck::parsed of the check.
     bool parsed() { return check_->parsed(); }
 
+    /// The check, never null; this object owns it.
     FileLoadCheck* get() const noexcept { return check_.get(); }
+    /// The same.
     FileLoadCheck* operator->() const noexcept { return check_.get(); }
 
   private:

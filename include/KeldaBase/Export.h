@@ -1,4 +1,6 @@
-/// Marks what the shared library offers to others; everything else stays hidden inside it.
+/// @file
+/// What the shared library offers to others.
 #pragma once
 
+/// Marks it; everything else stays hidden inside the library.
 #define KELDABASE_API __attribute__((visibility("default")))

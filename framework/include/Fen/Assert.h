@@ -1,3 +1,4 @@
+/// @file
 /// Assertions that are on in every build: they guard against programming errors, never against
 /// faults in input.
 #pragma once

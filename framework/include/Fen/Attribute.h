@@ -1,3 +1,4 @@
+/// @file
 /// Values that are made of named attributes, and how values are written as text and read back.
 ///
 /// A type declares its name and its attributes; equality, the truth test and the string form follow
@@ -19,10 +20,10 @@
 ///
 ///     Example::Lamp(place: "hall", colour: "red")
 ///
-/// It is one line of printable ASCII: inside the quotes `"` and `\` stand behind a `\`, and every
-/// byte that is not printable ASCII is written as \x and two hexadecimal digits. So every string
-/// comes back as it was. Readers take blanks between the pieces as they come, and any byte but
-/// control characters between quotes.
+/// It is one line of printable ASCII: between the quotes, a quote and a backslash stand behind a
+/// backslash, and every byte that is not printable ASCII is written as a backslash, an x and two
+/// hexadecimal digits. So every string comes back as it was. Readers take blanks between the pieces
+/// as they come, and any byte but control characters between quotes.
 #pragma once
 
 #include <array>
@@ -45,29 +46,33 @@ namespace Fen {
 /// One attribute of a value: its name and where the value keeps it.
 template <class Owner>
 struct Attribute {
-    std::string_view name;
-    Rook::String Owner::*member;
+    std::string_view name;       ///< as string forms have it
+    Rook::String Owner::*member; ///< where the value keeps it
 };
 
 /// A text that is being read, and the offset up to which it has been.
 struct AttributeCursor {
-    std::string_view text;
-    std::size_t position = 0;
+    std::string_view text;    ///< all of it
+    std::size_t position = 0; ///< in bytes
 };
 
-/// Reads the beginning of a value of the type `typeName` with its first attribute, a further
-/// attribute, or the last attribute with the end of the value. The cursor moves behind what was
-/// read; where the text is something else, AttributeFormatException tells what was expected there.
+/// Reads the beginning of a value of the type `typeName` and its first attribute, which it returns.
+/// The cursor moves behind what was read; where the text is something else,
+/// AttributeFormatException tells what was expected there.
 FEN_API Rook::String desAttrPre(AttributeCursor& cursor, std::string_view typeName,
                                 std::string_view attributeName);
+/// Reads a further attribute, as desAttrPre does.
 FEN_API Rook::String desAttrIntra(AttributeCursor& cursor, std::string_view attributeName);
+/// Reads the last attribute and the end of the value, as desAttrPre does.
 FEN_API Rook::String desAttrPost(AttributeCursor& cursor, std::string_view attributeName);
 
-/// What the three operations above read, appended to `text`.
+/// Appends to `text` what desAttrPre reads.
 FEN_API void serAttrPre(std::string& text, std::string_view typeName,
                         std::string_view attributeName, Rook::String const& value);
+/// Appends to `text` what desAttrIntra reads.
 FEN_API void serAttrIntra(std::string& text, std::string_view attributeName,
                           Rook::String const& value);
+/// Appends to `text` what desAttrPost reads.
 FEN_API void serAttrPost(std::string& text, std::string_view attributeName,
                          Rook::String const& value);
 
@@ -81,12 +86,15 @@ concept HasAttributes = requires {
     T::attributes();
 };
 
+/// How many attributes a type declares.
 template <HasAttributes T>
 constexpr std::size_t attributeCount = std::tuple_size_v<decltype(T::attributes())>;
 
-/// The string form of a value.
-FEN_API Rook::String valueToStrep(Rook::String const& value); ///< "a/b", with the quotes
-FEN_API Rook::String valueToStrep(bool value);                ///< true or false
+/// The string form of a string, such as "a/b", with the quotes.
+FEN_API Rook::String valueToStrep(Rook::String const& value);
+/// The string form of a truth value: `true` or `false`.
+FEN_API Rook::String valueToStrep(bool value);
+/// The string form of a value that is made of attributes.
 template <HasAttributes T>
 Rook::String valueToStrep(T const& value) {
     static_assert(attributeCount<T> >= 2);
@@ -168,15 +176,18 @@ class AttributeValue {
                 return true;
         return false;
     }
+    /// As isEq.
     friend bool operator==(T const& a, T const& b) noexcept { return a.isEq(b); }
+    /// Writes the string form.
     friend std::ostream& operator<<(std::ostream& stream, T const& value) {
         return stream << valueToStrep(value);
     }
 
   protected:
+    /// The base itself holds nothing: only a T is made, copied and destroyed.
     AttributeValue() noexcept = default;
-    AttributeValue(AttributeValue const&) noexcept = default;
-    AttributeValue& operator=(AttributeValue const&) noexcept = default;
+    AttributeValue(AttributeValue const&) noexcept = default;            ///< nothing to copy
+    AttributeValue& operator=(AttributeValue const&) noexcept = default; ///< nothing to copy
     ~AttributeValue() = default;
 };
 

@@ -1,3 +1,4 @@
+/// @file
 /// Collections of values that are shared through counted references, keyed by an attribute of their
 /// elements.
 ///
@@ -83,14 +84,18 @@ struct KeyHash {
 template <class Element, class Container>
 class Collection : public Rook::Node {
   public:
-    using value_type = Element;
+    using value_type = Element; ///< a value or a Rook::Ptr
+    /// Goes over the elements, which it cannot change.
     using const_iterator = typename Container::const_iterator;
-    using iterator = const_iterator;
+    using iterator = const_iterator; ///< the same
 
-    /// The elements; adding or removing one may end an iteration.
+    /// The first element. Adding, replacing or removing one may end an iteration.
     const_iterator begin() const noexcept { return elements_.begin(); }
+    /// Behind the last element.
     const_iterator end() const noexcept { return elements_.end(); }
+    /// The number of elements.
     std::size_t size() const noexcept { return elements_.size(); }
+    /// Whether there is no element.
     bool empty() const noexcept { return elements_.empty(); }
 
   protected:
@@ -119,6 +124,7 @@ class Collection : public Rook::Node {
     }
     /// Removes every element and gives back the memory.
     void elementDelAll() noexcept { Container().swap(elements_); }
+    /// The element with this key, or the one that is constructed from nothing.
     Element element(Rook::String const& key) const {
         auto const found = elements_.find(key);
         return found == elements_.end() ? Element() : *found;

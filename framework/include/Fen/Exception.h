@@ -1,3 +1,4 @@
+/// @file
 /// The framework's exceptions. Each carries one text, what(), written for the person who reads it.
 #pragma once
 
@@ -7,8 +8,10 @@
 
 #include <Fen/Export.h>
 
+/// The framework's entities: exceptions, assertions, values made of attributes, collections.
 namespace Fen {
 
+/// The base of all; catch it to catch any of them.
 class FEN_API Exception : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -46,6 +49,7 @@ class FEN_API BadOptionalAccess : public Exception {
 /// A text from which a value cannot be read.
 class FEN_API AttributeFormatException : public Exception {
   public:
+    /// `what` tells what was expected, `position` where.
     explicit AttributeFormatException(std::string const& what, std::size_t position = 0)
         : Exception(what), position_(position) {}
     ~AttributeFormatException() override;

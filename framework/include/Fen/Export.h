@@ -1,5 +1,6 @@
-/// Marks what the framework's shared library offers to others; everything else stays hidden inside
-/// it.
+/// @file
+/// What the framework's shared library offers to others.
 #pragma once
 
+/// Marks it; everything else stays hidden inside the library.
 #define FEN_API __attribute__((visibility("default")))

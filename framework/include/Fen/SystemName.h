@@ -1,3 +1,4 @@
+/// @file
 /// The name of the system that the process runs on.
 #pragma once
 
@@ -6,7 +7,7 @@
 
 namespace Fen {
 
-/// The host's name as the kernel tells it now; the empty string when it has none.
+/// The host's name as the kernel tells it now (uname's node name); "" when it has none.
 FEN_API Rook::String systemName();
 
 } // namespace Fen

@@ -1,3 +1,4 @@
+/// @file
 /// Conversion of mount flags from and to text, and their merge.
 #pragma once
 
@@ -5,10 +6,12 @@
 #include <Fen/MountTable.h>
 #include <Rook/String.h>
 
+/// The database's helpers.
 namespace KeldaUtil {
 
-/// The flags of a text of letters, in any order and number. `r` and `w` also set the instantiating
-/// bit, since a mount that reads or writes makes its path exist: "rw" gives 0x80003.
+/// The flags of a text of letters, in any order and number: bit N for letter N of
+/// "rwcitfSDdOApKLnNECey", counted from 0. `r` and `w` also set the instantiating bit, since a
+/// mount that reads or writes makes its path exist: "rw" gives 0x80003.
 ///
 /// A text with any letter that has no bit survives unchanged: mountTableFlagsToString gives it back
 /// as it was written, so that whoever validates it can name every bad letter. The process remembers

@@ -1,9 +1,10 @@
+/// @file
 /// Named slabs: memory for many small objects, with figures that tell how much of it is in use.
 ///
 /// A slab serves objects of up to 512 bytes from pages of 8 KiB, each page for one size (rounded up
 /// to 8 bytes), and larger ones straight from the heap. It takes pages from the heap in spans of
 /// 16, and gives a span back when all of its pages are free, but for one that is kept for the next
-/// need.
+/// need. Pages are this small so that a small load holds little that it does not use.
 ///
 /// A slab lives until the process ends, so memory that it handed out may outlive whoever asked for
 /// it. All operations may be called from any thread.
@@ -19,16 +20,20 @@
 
 #include <Fen/Export.h>
 
+/// Memory for many small objects.
 namespace MemSlab {
 
+/// One slab; get the named ones from slab().
 class FEN_API Slab {
   public:
+    /// A slab outside the registry of slab(); it holds no memory yet.
     explicit Slab(std::string_view name);
-    /// All that the slab handed out must have come back.
+    /// Gives the last span back; all that the slab handed out must have come back before.
     ~Slab();
     Slab(Slab const&) = delete;
     Slab& operator=(Slab const&) = delete;
 
+    /// The name that it was made with.
     std::string const& name() const noexcept { return name_; }
 
     /// Memory for `bytes` bytes, aligned for any object without extended alignment (8 bytes where
@@ -83,29 +88,40 @@ FEN_API Slab& slab(std::string_view name);
 template <class T>
 class Allocator {
   public:
-    using value_type = T;
+    using value_type = T; ///< what containers ask for
+    /// Assigned containers take the other's allocator.
     using propagate_on_container_copy_assignment = std::true_type;
+    /// Moved containers keep their memory: the allocator goes along.
     using propagate_on_container_move_assignment = std::true_type;
+    /// Swapped containers swap allocators too.
     using propagate_on_container_swap = std::true_type;
+    /// Memory goes back to the slab that it came from.
     using is_always_equal = std::false_type;
 
+    /// Draws on `slab`, which must outlive what is allocated.
     explicit Allocator(Slab& slab) noexcept : slab_(&slab) {}
     /// Draws on the slab named "default".
     Allocator() : slab_(&MemSlab::slab("default")) {}
+    /// Draws on the slab of `other`.
     template <class U>
     Allocator(Allocator<U> const& other) noexcept : slab_(&other.slab()) {}
 
+    /// Memory for `count` objects; throws std::bad_array_new_length when no number of bytes can say
+    /// how much that is, else as Slab::allocate.
     T* allocate(std::size_t count) {
         static_assert(alignof(T) <= alignof(std::max_align_t), "slabs do not align further");
         if (count > std::numeric_limits<std::size_t>::max() / sizeof(T))
             throw std::bad_array_new_length();
         return static_cast<T*>(slab_->allocate(count * sizeof(T)));
     }
+    /// Gives back what allocate(count) returned.
     void deallocate(T* memory, std::size_t count) noexcept {
         slab_->deallocate(memory, count * sizeof(T));
     }
+    /// The slab that it draws on.
     Slab& slab() const noexcept { return *slab_; }
 
+    /// Whether both draw on the same slab.
     template <class U>
     friend bool operator==(Allocator const& a, Allocator<U> const& b) noexcept {
         return &a.slab() == &b.slab();

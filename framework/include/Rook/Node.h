@@ -1,3 +1,4 @@
+/// @file
 /// Rook::Node: the base of everything that is shared through counted references (Rook::Ptr).
 #pragma once
 
@@ -8,6 +9,7 @@
 
 #include <Fen/Export.h>
 
+/// Shared strings and counted references.
 namespace Rook {
 
 template <class T>
@@ -28,7 +30,9 @@ class FEN_API Node {
     bool isUnderDestruction() const noexcept { return underDestruction_; }
 
   protected:
+    /// A node without references; the first Rook::Ptr to it owns it.
     Node() noexcept = default;
+    /// Only the last Rook::Ptr deletes a node.
     virtual ~Node() = default;
     /// Called first by a destructor that runs operations of its node: whoever takes and drops a
     /// reference meanwhile does not delete the node a second time. No reference may outlive the

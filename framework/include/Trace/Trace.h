@@ -1,3 +1,4 @@
+/// @file
 /// Trace messages by component and level.
 ///
 /// A component has 16 levels, switched on and off one by one by a mask: level N is on when bit N
@@ -20,16 +21,22 @@
 
 #include <Fen/Export.h>
 
+/// Trace messages by component and level.
 namespace Trace {
 
+/// A component's name and mask. Any thread may read and set the mask.
 class Handle {
   public:
+    /// A handle that handle() does not know.
     Handle(std::string name, std::uint16_t mask) : name_(std::move(name)), mask_(mask) {}
     Handle(Handle const&) = delete;
     Handle& operator=(Handle const&) = delete;
 
+    /// The component's name.
     std::string const& name() const noexcept { return name_; }
+    /// The levels that are on: bit N for level N.
     std::uint16_t mask() const noexcept { return mask_.load(std::memory_order_relaxed); }
+    /// Switches exactly these levels on.
     void setMask(std::uint16_t mask) noexcept { mask_.store(mask, std::memory_order_relaxed); }
     /// Whether `level`, 0 to 15, is on.
     bool enabled(unsigned level) const noexcept { return (mask() >> level & 1U) != 0; }
@@ -54,6 +61,7 @@ FEN_API Sink setSink(Sink sink);
 FEN_API void emit(Handle const& handle, unsigned level, fmt::string_view format,
                   fmt::format_args args);
 
+/// As emit, with the arguments themselves; the format is checked when it is compiled.
 template <class... Args>
 void message(Handle const& handle, unsigned level, fmt::format_string<Args...> format,
              Args&&... args) {
