@@ -53,6 +53,17 @@ class Reader {
             throwExpected(fmt::format("'{}'", piece), at_);
         at_ += piece.size();
     }
+    bool takeTruth() {
+        skipBlanks();
+        for (bool const value : {true, false}) {
+            std::string_view const word = value ? "true" : "false";
+            if (text_.substr(at_).starts_with(word)) {
+                at_ += word.size();
+                return value;
+            }
+        }
+        throwExpected("'true' or 'false'", at_);
+    }
     void takeEnd() {
         skipBlanks();
         if (at_ < text_.size())
@@ -162,10 +173,6 @@ Rook::String valueToStrep(Rook::String const& value) {
     return text;
 }
 
-Rook::String valueToStrep(bool value) {
-    return value ? "true" : "false";
-}
-
 namespace Detail {
 
 Rook::String readString(std::string_view text) {
@@ -178,9 +185,7 @@ Rook::String readString(std::string_view text) {
 bool readBool(std::string_view text) {
     AttributeCursor cursor{text};
     Reader reader(cursor);
-    reader.skipBlanks();
-    bool const value = text.substr(cursor.position).starts_with('t');
-    reader.take(value ? "true" : "false");
+    bool const value = reader.takeTruth();
     reader.takeEnd();
     return value;
 }

@@ -27,6 +27,7 @@
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <cstddef>
 #include <ostream>
 #include <span>
@@ -92,8 +93,12 @@ constexpr std::size_t attributeCount = std::tuple_size_v<decltype(T::attributes(
 
 /// The string form of a string, such as "a/b", with the quotes.
 FEN_API Rook::String valueToStrep(Rook::String const& value);
-/// The string form of a truth value: `true` or `false`.
-FEN_API Rook::String valueToStrep(bool value);
+/// The string form of a truth value: `true` or `false`. It takes nothing but a bool; a pointer to
+/// characters would turn into one.
+template <std::same_as<bool> T>
+Rook::String valueToStrep(T value) {
+    return value ? "true" : "false";
+}
 /// The string form of a value that is made of attributes.
 template <HasAttributes T>
 Rook::String valueToStrep(T const& value) {
@@ -207,9 +212,15 @@ T readArgument(std::span<Rook::String const> arguments, std::size_t index) {
 }
 
 template <class Result, class... Parameters, std::size_t... Indices>
-Result callFactory(Result (*factory)(Parameters...), std::span<Rook::String const> arguments,
+Result callFactory(Result (*factory)(Parameters...),
+                   [[maybe_unused]] std::span<Rook::String const> arguments,
                    std::index_sequence<Indices...>) {
-    return factory(readArgument<std::remove_cvref_t<Parameters>>(arguments, Indices)...);
+    // Braces read the arguments from first to last; those of a call have no order.
+    std::tuple<std::remove_cvref_t<Parameters>...> values{
+        readArgument<std::remove_cvref_t<Parameters>>(arguments, Indices)...};
+    return std::apply(
+        [factory](auto&... each) -> Result { return factory(static_cast<Parameters&&>(each)...); },
+        values);
 }
 
 } // namespace Detail

@@ -22,6 +22,7 @@
 #include <cstddef>
 #include <functional>
 #include <set>
+#include <type_traits>
 #include <unordered_set>
 #include <utility>
 
@@ -113,9 +114,11 @@ class Collection : public Rook::Node {
             elements_.insert(element);
             return;
         }
+        Element other(element);
         auto node = elements_.extract(found);
-        node.value() = element;
+        std::swap(node.value(), other);
         elements_.insert(std::move(node));
+        // The former element goes here, last: its end may look into the collection.
     }
     /// Removes the element with this key and returns it, if there is one.
     Element elementDel(Rook::String const& key) {

@@ -54,7 +54,8 @@ class FEN_API AttributeFormatException : public Exception {
         : Exception(what), position_(position) {}
     ~AttributeFormatException() override;
 
-    /// Where in the text reading stopped: the offset of the first byte that does not fit.
+    /// Where in the text reading stopped: the offset of the first piece that does not fit.
+    /// 0 when the fault is in no one text.
     std::size_t position() const noexcept { return position_; }
 
   private:
