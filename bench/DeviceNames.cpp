@@ -180,6 +180,12 @@ void DeviceNames::addTokens(AgentNames& agent) const {
     }
 }
 
+std::vector<std::string_view> DeviceNames::allTokens() {
+    std::vector<std::string_view> tokens = {"%slot", "%port", "%linecard", "%vrf"};
+    tokens.insert(tokens.end(), aliasNames.begin(), aliasNames.end());
+    return tokens;
+}
+
 // Numbers past the vocabulary say how often it was used up, so that every directory of an agent
 // has a name of its own.
 std::string DeviceNames::word(AgentNames const& agent, std::size_t directory) const {

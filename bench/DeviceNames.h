@@ -47,6 +47,9 @@ class DeviceNames {
     // "state" of the directory before it; no two numbers give the same path.
     PathNames path(AgentNames const& agent, std::size_t number) const;
 
+    // Every token that a path may hold but for the cell's.
+    static std::vector<std::string_view> allTokens();
+
     // The right-hand side of an alias of the agent, without operators `~` and `?`.
     std::string aliasValue(AgentNames const& agent, std::size_t index) const;
 

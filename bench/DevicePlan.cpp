@@ -90,6 +90,8 @@ void DevicePlan::publishPaths(DeviceNames const& names, std::size_t wanted) {
         for (std::size_t path = 0; path < count; ++path)
             publicPaths_.push_back({i, path});
     }
+    if (publicPaths_.empty())
+        throw std::runtime_error("a generated device of this shape has no path to read");
     for (std::size_t i = publicPaths_.size(); i > 1; --i)
         std::swap(publicPaths_[i - 1], publicPaths_[dice(seed_, "shuffle", i) % i]);
 }

@@ -59,7 +59,8 @@ class Writer {
   public:
     Writer(DeviceShape const& shape, std::filesystem::path preinit, std::filesystem::path profiles)
         : seed_(shape.seed), wanted_(shape.linesPerProfile), names_(seed_), plan_(shape),
-          preinit_(std::move(preinit)), profiles_(std::move(profiles)) {
+          preinit_(std::move(preinit)), profiles_(std::move(profiles)),
+          toCollect_(shape.collectedPaths) {
         figures_.profiles = plan_.profiles().size();
         figures_.pathLines = shape.lines;
     }
@@ -72,6 +73,7 @@ class Writer {
         for (std::size_t i = 0; i < plan_.profiles().size(); ++i)
             writeProfile(i);
         flushPreinit();
+        writeCollector();
         figures_.sharedLines = plan_.sharedLines();
     }
 
@@ -110,8 +112,12 @@ class Writer {
     }
 
     void addReadLine(std::string& text, Style const& style, PublicPath const& read) {
+        addReadLine(text, style, names_.path(agent(read.agent), read.path));
+    }
+
+    void addReadLine(std::string& text, Style const& style, PathNames const& names) {
         auto const flags = readFlags[roll("read flags", lineNumber_) % readFlags.size()];
-        addLine(text, style, names_.path(agent(read.agent), read.path), flags);
+        addLine(text, style, names, flags);
     }
 
     // A file of lines that read, for includes only.
@@ -177,6 +183,7 @@ class Writer {
             addGroup(text, names, path);
             auto const line = names_.path(names, path);
             addLine(text, style, line, flagsOf(line));
+            collect(style, line);
         }
         for (auto const& read : plan_.dealPaths(plan.readLines, number)) {
             addGroup(text, names, lineNumber_);
@@ -186,6 +193,26 @@ class Writer {
         figures_.linesRead += plan.ownLines + plan.readLines;
         declarePaths(names, plan.ownLines);
         offerAsSample(names, plan.ownLines + plan.readLines);
+    }
+
+    void collect(Style const& style, PathNames const& names) {
+        if (toCollect_ == 0)
+            return;
+        --toCollect_;
+        addReadLine(collectorText_, style, names);
+    }
+
+    // The collector has no tokens; the other agents' are aliases in its profile.
+    void writeCollector() {
+        if (toCollect_ != 0)
+            throw std::runtime_error("a generated device of this shape has too few own paths");
+        if (collectorText_.empty())
+            return;
+        auto const name = GeneratedDevice::collector();
+        auto text = header("Mounts of agent " + name) + "agentName: " + name + "\n";
+        for (auto const token : DeviceNames::allTokens())
+            text += fmt::format("alias: {} = all\n", token);
+        writeFile(profiles_ / name, text + "\n" + collectorText_);
     }
 
     void addKeywords(std::string& text, AgentNames const& names) const {
@@ -295,6 +322,8 @@ class Writer {
     std::size_t preinitFiles_ = 0;
     std::string sampleAgent_;
     std::size_t sampleDistance_ = 0;
+    std::size_t toCollect_;
+    std::string collectorText_;
 };
 
 std::filesystem::path makeTemporaryDirectory() {

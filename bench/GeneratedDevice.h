@@ -18,6 +18,7 @@ struct DeviceShape {
     std::size_t lines = 10'000;       // path lines of all profiles, include files counted once
     std::size_t linesPerProfile = 25; // on average
     double sharedShare = 0.5;         // of the lines, those whose path another profile names too
+    std::size_t collectedPaths = 0;   // mounted by one more agent, the collector; 0 for none
     std::uint64_t seed = 1;
 };
 
@@ -34,8 +35,8 @@ class GeneratedDevice {
   public:
     // Writes the device: at least 1000 lines, at least 5 a profile, a share of 0 to 0.6, which is
     // met to a few hundredths. Throws std::invalid_argument for other shapes, and
-    // std::runtime_error when a file cannot be written or when so few large profiles have too
-    // little to share.
+    // std::runtime_error when a file cannot be written, when so few large profiles have too little
+    // to share, or when the agents have fewer paths of their own than are to be collected.
     explicit GeneratedDevice(DeviceShape const& shape);
     ~GeneratedDevice(); // removes the files
     GeneratedDevice(GeneratedDevice const&) = delete;
@@ -47,6 +48,9 @@ class GeneratedDevice {
     DeviceFigures const& figures() const { return figures_; }
     // An agent with one token in its name and a profile of about the average size.
     std::string const& agentString() const { return agentString_; }
+    // The agent that mounts a path of other agents on every line of its profile, which has its
+    // name.
+    static std::string collector() { return "Collector"; }
 
   private:
     DeviceShape const shape_;

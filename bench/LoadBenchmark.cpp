@@ -2,7 +2,6 @@
 // as the database side does, and one agent among many, as an agent does when it starts.
 #include "LoadBenchmark.h"
 
-#include <algorithm>
 #include <map>
 #include <memory>
 #include <string>
@@ -10,28 +9,17 @@
 
 #include <benchmark/benchmark.h>
 
+#include "BenchmarkParts.h"
 #include "GeneratedDevice.h"
-#include "LoadMeasure.h"
 #include "Loads.h"
+#include "MemoryMeasure.h"
 #include "SameResult.h"
 
 namespace bench {
 
 namespace {
 
-using benchmark::Counter;
 using benchmark::State;
-
-bool anyRefused = false;
-
-// Ends a benchmark whose loads differ before anything is timed.
-bool refused(State& state, std::string const& difference) {
-    if (difference.empty())
-        return false;
-    anyRefused = true;
-    state.SkipWithError(difference.c_str());
-    return true;
-}
 
 // Devices live until the program ends: several benchmarks load each.
 GeneratedDevice const& deviceOf(std::size_t lines) {
@@ -53,10 +41,6 @@ std::string const& checkedOnce(std::map<std::size_t, std::string>& known, std::s
     return found != known.end() ? found->second : known.emplace(lines, check()).first->second;
 }
 
-Directories directoriesOf(GeneratedDevice const& device) {
-    return {device.preinitDir(), device.profileDir()};
-}
-
 std::string const& differenceInLoads(GeneratedDevice const& device) {
     static std::map<std::size_t, std::string> known;
     return checkedOnce(known, device.shape().lines, [&] {
@@ -76,8 +60,8 @@ std::string const& differenceInAgents(GeneratedDevice const& device) {
     });
 }
 
-LoadFigures const& figuresOf(std::string const& loader, GeneratedDevice const& device) {
-    static std::map<std::pair<std::string, std::size_t>, LoadFigures> known;
+MemoryFigures const& figuresOf(std::string const& loader, GeneratedDevice const& device) {
+    static std::map<std::pair<std::string, std::size_t>, MemoryFigures> known;
     auto const key = std::pair(loader, device.shape().lines);
     auto const found = known.find(key);
     if (found != known.end())
@@ -101,10 +85,6 @@ void timeLoads(State& state, Load load) {
 
 double perLine(GeneratedDevice const& device, double total) {
     return total / static_cast<double>(device.shape().lines);
-}
-
-Counter timePer(std::size_t count) {
-    return {static_cast<double>(count), Counter::kIsIterationInvariantRate | Counter::kInvert};
 }
 
 template <class Load>
@@ -132,22 +112,6 @@ void startAgent(State& state, Load load) {
     state.counters["time/profile"] = timePer(device.figures().profiles);
 }
 
-double smallest(std::vector<double> const& values) {
-    return *std::min_element(values.begin(), values.end());
-}
-double largest(std::vector<double> const& values) {
-    return *std::max_element(values.begin(), values.end());
-}
-
-template <class Run>
-void add(std::string const& name, std::int64_t size, Run run) {
-    benchmark::RegisterBenchmark(name.c_str(), run)
-        ->Arg(size)
-        ->Unit(benchmark::kMillisecond)
-        ->ComputeStatistics("min", smallest)
-        ->ComputeStatistics("max", largest);
-}
-
 } // namespace
 
 void addLoadBenchmarks() {
@@ -163,10 +127,6 @@ void addLoadBenchmarks() {
         add("AgentStart/plain/profiles", profiles,
             [](State& state) { startAgent(state, startAgentPlainly); });
     }
-}
-
-bool anyLoadDiffered() {
-    return anyRefused;
 }
 
 } // namespace bench

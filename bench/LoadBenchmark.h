@@ -6,7 +6,4 @@ namespace bench {
 // Registers them, the library's and the plain loader's of one size side by side.
 void addLoadBenchmarks();
 
-// Whether any benchmark was refused because the library and the plain loader differed.
-bool anyLoadDiffered();
-
 } // namespace bench

@@ -1,17 +1,20 @@
 // The benchmarks of the library; README.md says what each figure means.
 #include <benchmark/benchmark.h>
 
+#include "BenchmarkParts.h"
 #include "LoadBenchmark.h"
-#include "LoadMeasure.h"
+#include "MemoryMeasure.h"
+#include "PublishBenchmark.h"
 
 int main(int argc, char** argv) {
-    if (auto const status = bench::measureLoadIfAsked(argc, argv))
+    if (auto const status = bench::measureIfAsked(argc, argv))
         return *status;
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 2;
     bench::addLoadBenchmarks();
+    bench::addPublishBenchmarks();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    return bench::anyLoadDiffered() ? 1 : 0;
+    return bench::anyRefused() ? 1 : 0;
 }

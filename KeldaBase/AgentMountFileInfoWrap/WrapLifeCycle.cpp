@@ -48,7 +48,8 @@ void AgentMountFileInfoWrap::doInit() {
     parser->addAgent(agentString_, overrideAgentString_);
     configPathColIs();
     preinitPathColIs();
-    mountFileInfo_ = parser.release();
+    // One that was given while there was none goes.
+    delete std::exchange(mountFileInfo_, parser.release());
     initialized_ = true;
 }
 

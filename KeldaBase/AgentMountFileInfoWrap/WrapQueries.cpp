@@ -1,6 +1,7 @@
 // The published entity's questions to its parser, and their answers as published values.
 #include <KeldaBase/AgentMountFileInfoWrap.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -40,8 +41,11 @@ std::vector<ConfigPathInfo> configPathsOf(MountFileInfo& parser) {
 }
 
 std::vector<PreinitPathInfo> preinitPathsOf(MountFileInfo& parser) {
+    auto rawPaths = parser.rawPreinitPaths();
+    std::ranges::sort(rawPaths);
     std::vector<PreinitPathInfo> paths;
-    for (auto const& path : parser.rawPreinitPaths())
+    paths.reserve(rawPaths.size());
+    for (auto const& path : rawPaths)
         paths.emplace_back(path, parser.getType(MountFileInfo::wildcardPath(path)),
                            parser.getPreinitAttr(path));
     return paths;
@@ -67,23 +71,34 @@ void AgentMountFileInfoWrap::disableUnDoInit() {
 
 Rook::Ptr<MountPathInfo> AgentMountFileInfoWrap::getMountPathInfo(Rook::String const& path) {
     WRAP_TRACE("getMountPathInfo ( \"{}\" )", path);
-    auto const clean = doCleanPath(path);
-    auto const args = parser().mountInfo(clean);
-    return mountPathInfoFactory(clean, args.type, KeldaUtil::mountTableFlagsToString(args.flags));
+    return publish(doCleanPath(path));
 }
 
-template <class Paths>
-Rook::Ptr<MountPathInfoCol> AgentMountFileInfoWrap::publishAll(Paths const& paths) {
+Rook::Ptr<MountPathInfo> AgentMountFileInfoWrap::publish(Rook::String const& path) {
+    auto const args = parser().mountInfo(path);
+    return mountPathInfoFactory(path, args.type, KeldaUtil::mountTableFlagsToString(args.flags));
+}
+
+// Paths that come from the parser are asked for as it spells them: a profile may write a "/" at the
+// front, which is its fault and not the caller's.
+Rook::Ptr<MountPathInfoCol>
+AgentMountFileInfoWrap::publishAll(std::span<Rook::String const> paths) {
     auto collection = mountPathInfoColFactory();
-    for (auto const& path : paths)
-        collection->mountPathDataIs(getMountPathInfo(path));
+    for (auto const& path : paths) {
+        WRAP_TRACE("getMountPathInfo ( \"{}\" )", path);
+        collection->mountPathDataIs(publish(path));
+    }
     return collection;
 }
 
 Rook::Ptr<MountPathInfoCol>
 AgentMountFileInfoWrap::getMountPathInfoAll(Rook::String const& agentName) {
     WRAP_TRACE("getMountPathInfoAll");
-    return publishAll(parser().agentPaths(agentName));
+    // In path order, in which the collection takes them fastest.
+    auto const agentPaths = parser().agentPaths(agentName);
+    StringList paths(agentPaths.begin(), agentPaths.end());
+    std::ranges::sort(paths);
+    return publishAll(paths);
 }
 
 Rook::Ptr<MountPathInfoCol>

@@ -228,7 +228,8 @@ class KELDABASE_API AgentMountFileInfoWrap : public Rook::Node {
 
     /// Makes the parser, over the directories preinitDir() and profileDir() (the default ones where
     /// they are empty) and with the default mount-group file "DefaultMountGroup", and adds the
-    /// agent string to it. Does nothing while there is one: initialized().
+    /// agent string to it. Does nothing while initialized(); otherwise a parser that was given with
+    /// mountFileInfoPtrIs meanwhile is destroyed.
     void doInit();
     /// Destroys the parser; the collections stay. Afterwards doInit makes a new parser; any other
     /// operation that needs one is a programming error until then (an assertion).
@@ -319,8 +320,8 @@ class KELDABASE_API AgentMountFileInfoWrap : public Rook::Node {
 
   private:
     MountFileInfo& parser() const;
-    template <class Paths>
-    Rook::Ptr<MountPathInfoCol> publishAll(Paths const& paths);
+    Rook::Ptr<MountPathInfo> publish(Rook::String const& path);
+    Rook::Ptr<MountPathInfoCol> publishAll(std::span<Rook::String const> paths);
 
     bool const dontMergeFlags_;
     bool const loadMountProfile_;

@@ -109,13 +109,13 @@ class Collection : public Rook::Node {
         if constexpr (Detail::IsPtr<Element>::value)
             if (element == nullptr)
                 throw NullArgumentException("a collection holds no null element");
-        auto const found = elements_.find(element);
-        if (found == elements_.end()) {
-            elements_.insert(element);
+        // Elements often come in the order of their keys: try behind the last one first.
+        auto const before = elements_.size();
+        auto const place = elements_.insert(elements_.end(), element);
+        if (elements_.size() != before)
             return;
-        }
         Element other(element);
-        auto node = elements_.extract(found);
+        auto node = elements_.extract(place);
         std::swap(node.value(), other);
         elements_.insert(std::move(node));
         // The former element goes here, last: its end may look into the collection.
