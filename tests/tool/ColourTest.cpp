@@ -64,6 +64,25 @@ TEST_F(Colour, MarksTheHeadingsOfPreinitPaths) {
         << out;
 }
 
+TEST_F(Colour, MarksSelectedMountsAsAllMounts) {
+    EXPECT_EQ(KeldaProgram().runOnTerminal(mounts() + Words{"--path", "a"}).out,
+              "\x1b[1mPATH  TYPE      FLAGS  KIND          GROUPS  FILES\x1b[0m\n"
+              "\x1b[2ma     Fen::Dir  tny    intermediate  -       -\x1b[0m\n"
+              "\n"
+              "Agent A: 1 mount (0 explicit, 1 intermediate) at path a\n");
+}
+
+TEST_F(Colour, MarksTheHeadingsOfConfigPaths) {
+    device_.preinit("Q", "CONFIG:c,T\n");
+    EXPECT_EQ(KeldaProgram().runOnTerminal({"config", "--preinit", device_.preinitDir()}).out,
+              "\x1b[1mPATH  TYPE\x1b[0m\nc     T\n\n1 config path\n");
+}
+
+TEST_F(Colour, IsNotUsedInScripts) {
+    Words const call{"completion", "bash"};
+    EXPECT_EQ(KeldaProgram().runOnTerminal(call).out, KeldaProgram().run(call).out);
+}
+
 TEST_F(Colour, OfStandardErrorDoesNotDependOnTheTerminal) {
     auto const outcome = KeldaProgram().runOnTerminal(
         Words{"mounts", "Nobody"} + support::foldersOf(device_.directory().path()));

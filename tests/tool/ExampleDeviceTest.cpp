@@ -139,6 +139,56 @@ TEST(ExampleDevice, TheKeptPreinitDocument) {
     EXPECT_EQ(outcome.status, 0);
 }
 
+// What one of the options of a selection prints, as a table and as a document.
+struct SampleSelection {
+    Words words;
+    std::string kept; // file without its ending
+};
+
+class EverySampleSelection : public testing::TestWithParam<SampleSelection> {};
+
+TEST_P(EverySampleSelection, PrintsTheKeptTable) {
+    auto const outcome = KeldaProgram().run(GetParam().words + support::foldersOf(exampleDevice()));
+    EXPECT_EQ(outcome.out, expected(GetParam().kept + ".txt"));
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_P(EverySampleSelection, PrintsTheKeptDocument) {
+    auto const outcome = KeldaProgram().run(GetParam().words + Words{"--format", "json"} +
+                                            support::foldersOf(exampleDevice()));
+    EXPECT_EQ(outcome.out, expected(GetParam().kept + ".json"));
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ExampleDevice, EverySampleSelection,
+    testing::Values(SampleSelection{{"mounts", "RouteLeak-red-blue", "--path", "route/table/red/"},
+                                    "selected-path"},
+                    SampleSelection{{"mounts", "Thermal", "--file", "Thermal"}, "selected-file"},
+                    SampleSelection{{"mounts", "Thermal", "--file", "Thermal*", "--with-includes"},
+                                    "selected-files-with-includes"},
+                    SampleSelection{{"mounts", "FanTray-2", "--override", "FanTray-spare",
+                                     "--group", "FanTray::default"},
+                                    "selected-group"}));
+
+TEST(ExampleDevice, TheKeptConfigTable) {
+    auto const outcome =
+        KeldaProgram().run({"config", "--preinit", (exampleDevice() / "preinit").string()});
+    EXPECT_EQ(outcome.out, expected("config.txt"));
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST(ExampleDevice, TheKeptConfigDocument) {
+    auto const outcome = KeldaProgram().run(
+        {"config", "--format", "json", "--preinit", (exampleDevice() / "preinit").string()});
+    EXPECT_EQ(outcome.out, expected("config.json"));
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+}
+
 // The page names every file and shows every agent at work.
 TEST(ExampleDevice, TheGuideNamesEveryFile) {
     auto const guide = support::contentOf(exampleDevice() / "README.md");

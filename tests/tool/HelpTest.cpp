@@ -3,7 +3,7 @@
 
 #include <regex>
 
-#include "support/KeldaProgram.h"
+#include "ProgramHelp.h"
 
 namespace {
 
@@ -32,11 +32,16 @@ INSTANTIATE_TEST_SUITE_P(
                     HelpCall{{"mounts", "-h"}, "help-mounts.txt"},
                     HelpCall{{"mounts", "A", "--help"}, "help-mounts.txt"},
                     HelpCall{{"mounts", "--format", "json", "--help"}, "help-mounts.txt"},
-                    HelpCall{{"preinit", "--help"}, "help-preinit.txt"}));
+                    HelpCall{{"preinit", "--help"}, "help-preinit.txt"},
+                    HelpCall{{"config", "--help"}, "help-config.txt"},
+                    HelpCall{{"completion", "--help"}, "help-completion.txt"},
+                    HelpCall{{"completion", "bash", "-h"}, "help-completion.txt"}));
 
 TEST(Help, FitsANarrowTerminal) {
-    for (Words const& words :
-         {Words{"--help"}, Words{"mounts", "--help"}, Words{"preinit", "--help"}}) {
+    std::vector<Words> calls{{"--help"}};
+    for (auto const& command : support::helpCommands())
+        calls.push_back({command, "--help"});
+    for (auto const& words : calls) {
         std::istringstream lines(KeldaProgram().run(words).out);
         for (std::string line; std::getline(lines, line);)
             EXPECT_LE(line.size(), 96U) << line;

@@ -78,6 +78,27 @@ TEST_P(HostilePath, IsUtf8InTheDocumentOfPreinitPaths) {
     EXPECT_EQ(outcome.json()["types"][GetParam().inDocument], "T");
 }
 
+TEST_P(HostilePath, IsFoundByItsBytes) {
+    DeviceWithPath const device(GetParam().path);
+    auto path = GetParam().path;
+    std::erase(path, ' '); // blanks in files do not count
+    auto const document = mounts(device, {"--path", path, "--format", "json"}).json();
+    EXPECT_EQ(document["path"], GetParam().inDocument);
+    EXPECT_EQ(document["mounts"].size(), 1U);
+    EXPECT_TRUE(
+        mounts(device, {"--path", path}).out.ends_with(" at path " + GetParam().inTable + "\n"));
+}
+
+TEST_P(HostilePath, IsUtf8InTheDocumentOfConfigPaths) {
+    Device device;
+    device.preinit("P", "CONFIG:" + GetParam().path + ",T\n");
+    Words const call{"config", "--preinit", device.preinitDir()};
+    auto const document = KeldaProgram().run(call + Words{"--format", "json"}).json();
+    EXPECT_EQ(document["paths"][0]["path"], GetParam().inDocument);
+    auto const table = KeldaProgram().run(call).out;
+    EXPECT_NE(table.find("\n" + GetParam().inTable + "  T\n"), std::string::npos) << table;
+}
+
 INSTANTIATE_TEST_SUITE_P(HostileBytes, HostilePath, testing::ValuesIn(shownPaths));
 
 TEST(HostileBytes, InAMessageAreEscapedForPeople) {
@@ -121,6 +142,28 @@ TEST(HostileBytes, InTheAgentStringAreEscaped) {
     EXPECT_NE(outcome.out.find("\nAgent A\\x1b[31m\\x0aB: active"), std::string::npos);
 }
 
+TEST(HostileBytes, InTheNamesOfASelectionAreEscaped) {
+    Device device;
+    device.preinit("P", "a,T\n").profile("F\xff\n", "agentName:A\nMountGroup:g\x1b\na,T,r\n");
+    EXPECT_TRUE(mounts(device, {"--file", "F\xff\n"}).out.ends_with(" from file F\\xff\\x0a\n"));
+    EXPECT_TRUE(mounts(device, {"--group", "A::g\x1b"}).out.ends_with(" in group A::g\\x1b\n"));
+    auto const document = mounts(device, {"--file", "F\xff\n", "--format", "json"}).json();
+    EXPECT_EQ(document["file"], "F\ufffd\n");
+    EXPECT_EQ(document["mounts"].size(), 1U);
+}
+
+TEST(HostileBytes, InANameThatIsNotThereAreEscaped) {
+    Device const device;
+    for (std::string const option : {"--path", "--file", "--group"}) {
+        auto const people = mounts(device, {option, "no\x1b\xff"});
+        EXPECT_NE(people.err.find(": no\\x1b\\xff\n"), std::string::npos) << people.err;
+        EXPECT_EQ(people.status, 1);
+        auto const document = mounts(device, {option, "no\x1b\xff", "--format", "json"});
+        EXPECT_NE(document.json()["error"]["message"].get<std::string>().find(": no\x1b\ufffd\n"),
+                  std::string::npos);
+    }
+}
+
 bool isPlain(unsigned char byte) {
     return byte == '\n' || (byte >= 0x20 && byte != 0x7f);
 }
@@ -137,6 +180,22 @@ RC_GTEST_PROP(HostileBytesProperty, AnyAgentStringHasATableAndADocument, ()) {
         KeldaProgram().run(Words{"mounts", "--format", "json"} + folders + Words{"--", agent});
     RC_ASSERT(document.status == 0);
     RC_ASSERT(document.json()["mounts"].empty());
+}
+
+// Whatever is asked for is there or is not; it is never a reason to end otherwise.
+RC_GTEST_PROP(HostileBytesProperty, AnySelectionHasAnAnswer, ()) {
+    auto const name = *rc::gen::nonEmpty(rc::gen::container<std::string>(
+        rc::gen::map(rc::gen::inRange(1, 256), [](int byte) { return static_cast<char>(byte); })));
+    auto const option = *rc::gen::element<std::string>("--path", "--file", "--group");
+    DeviceWithPath const device("a/b");
+    auto const outcome = mounts(device, {"--format", "json", option + "=" + name});
+    if (option == "--path" && name.front() == '/') {
+        RC_ASSERT(outcome.status == 2);
+        return;
+    }
+    auto const document = outcome.json();
+    RC_ASSERT(document.contains("error") || document.contains("mounts"));
+    RC_ASSERT(outcome.status == (document.contains("error") ? 1 : 0));
 }
 
 } // namespace

@@ -144,7 +144,8 @@ TEST(MountsDocument, TheOverrideStandsForTheAgentString) {
 TEST(MountsDocument, AgentStringsThatLookLikeCommandsAndOptionsAreServed) {
     Device device;
     device.preinit("P", "a,T\n");
-    for (std::string const agent : {"mounts", "preinit", "[a,b]", "'quoted'", "a b", "%a", "{}"})
+    for (std::string const agent :
+         {"mounts", "preinit", "[a,b]", "'quoted'", "a b", "%a", "{}", "AGENT=", "="})
         EXPECT_EQ(mounts(device, agent).json()["agent"], agent);
     auto const dashes =
         KeldaProgram().run(Words{"mounts", "--format", "json"} +

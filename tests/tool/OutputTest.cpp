@@ -65,12 +65,14 @@ TEST_P(EveryResult, DoesNotNeedStandardError) {
 
 INSTANTIATE_TEST_SUITE_P(
     Output, EveryResult,
-    testing::Values(Words{"--help"}, Words{"mounts", "--help"}, Words{"--version"},
-                    Words{"mounts", "A", "--preinit", "preinit", "--profiles", "profiles"},
-                    Words{"mounts", "A", "--preinit", "preinit", "--profiles", "profiles",
-                          "--format", "json"},
-                    Words{"preinit", "--preinit", "preinit"},
-                    Words{"preinit", "--preinit", "broken", "--format", "json"}));
+    testing::Values(
+        Words{"--help"}, Words{"mounts", "--help"}, Words{"--version"},
+        Words{"mounts", "A", "--preinit", "preinit", "--profiles", "profiles"},
+        Words{"mounts", "A", "--preinit", "preinit", "--profiles", "profiles", "--format", "json"},
+        Words{"mounts", "A", "--preinit", "preinit", "--profiles", "profiles", "--path", "a/b"},
+        Words{"config", "--preinit", "preinit"}, Words{"completion", "bash"},
+        Words{"completion", "zsh"}, Words{"preinit", "--preinit", "preinit"},
+        Words{"preinit", "--preinit", "broken", "--format", "json"}));
 
 TEST(Output, AnErrorForPeopleDoesNotNeedStandardOutput) {
     auto const outcome = KeldaProgram().closing({1}).run({"mounts"});

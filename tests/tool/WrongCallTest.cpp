@@ -25,6 +25,8 @@ std::ostream& operator<<(std::ostream& stream, WrongCall const& call) {
 std::string const tryHelp = "\nTry 'kelda --help'.\n";
 std::string const tryMountsHelp = "\nTry 'kelda mounts --help'.\n";
 std::string const tryPreinitHelp = "\nTry 'kelda preinit --help'.\n";
+std::string const tryConfigHelp = "\nTry 'kelda config --help'.\n";
+std::string const tryCompletionHelp = "\nTry 'kelda completion --help'.\n";
 
 std::vector<WrongCall> const wrongCalls = {
     {{}, "kelda: a command is missing" + tryHelp},
@@ -48,6 +50,54 @@ std::vector<WrongCall> const wrongCalls = {
      "kelda mounts: unexpected argument '--form'" + tryMountsHelp},
     {{"mounts", "A", "--format", "json", "--loud"},
      "kelda mounts: unexpected argument '--loud'" + tryMountsHelp},
+    {{"mounts", "A", "--path", ""}, "kelda mounts: --path: must not be empty" + tryMountsHelp},
+    {{"mounts", "A", "--path", "/a/b"},
+     "kelda mounts: --path: must not begin with '/', as paths are relative to the root" +
+         tryMountsHelp},
+    {{"mounts", "A", "--path", "/"},
+     "kelda mounts: --path: must not begin with '/', as paths are relative to the root" +
+         tryMountsHelp},
+    {{"mounts", "A", "--path=//"},
+     "kelda mounts: --path: must not begin with '/', as paths are relative to the root" +
+         tryMountsHelp},
+    {{"mounts", "A", "--path"}, "kelda mounts: --path: 1 required PATH missing" + tryMountsHelp},
+    {{"mounts", "A", "--file", ""}, "kelda mounts: --file: must not be empty" + tryMountsHelp},
+    {{"mounts", "A", "--file"}, "kelda mounts: --file: 1 required PROFILE missing" + tryMountsHelp},
+    {{"mounts", "A", "--group", ""}, "kelda mounts: --group: must not be empty" + tryMountsHelp},
+    {{"mounts", "A", "--group"}, "kelda mounts: --group: 1 required GROUP missing" + tryMountsHelp},
+    {{"mounts", "A", "--path", "a", "--file", "F"},
+     "kelda mounts: --path excludes --file" + tryMountsHelp},
+    {{"mounts", "A", "--group", "A::", "--path", "a"},
+     "kelda mounts: --path excludes --group" + tryMountsHelp},
+    {{"mounts", "A", "--group", "A::", "--file", "F", "--with-includes"},
+     "kelda mounts: --file excludes --group" + tryMountsHelp},
+    {{"mounts", "A", "--with-includes"},
+     "kelda mounts: --with-includes requires --file" + tryMountsHelp},
+    {{"mounts", "A", "--with-includes", "--group", "A::"},
+     "kelda mounts: --with-includes requires --file" + tryMountsHelp},
+    {{"mounts", "A", "--preinit", ""},
+     "kelda mounts: --preinit: must not be empty" + tryMountsHelp},
+    {{"mounts", "A", "--profiles", ""},
+     "kelda mounts: --profiles: must not be empty" + tryMountsHelp},
+    {{"mounts", "A", "--profiles="}, "kelda mounts: --profiles: must not be empty" + tryMountsHelp},
+    {{"mounts", "A", "--preinit=", "--format", "json"},
+     "kelda mounts: --preinit: must not be empty" + tryMountsHelp},
+    {{"preinit", "--preinit", ""}, "kelda preinit: --preinit: must not be empty" + tryPreinitHelp},
+    {{"config", "--preinit", ""}, "kelda config: --preinit: must not be empty" + tryConfigHelp},
+    {{"config", "A"}, "kelda config: unexpected argument 'A'" + tryConfigHelp},
+    {{"config", "--profiles", "x"},
+     "kelda config: unexpected argument '--profiles'" + tryConfigHelp},
+    {{"config", "--format", "xml"},
+     "kelda config: --format: must be table or json, not 'xml'" + tryConfigHelp},
+    {{"completion"}, "kelda completion: SHELL is required" + tryCompletionHelp},
+    {{"completion", ""},
+     "kelda completion: SHELL: must be bash or zsh, not ''" + tryCompletionHelp},
+    {{"completion", "fi\x1bsh"},
+     "kelda completion: SHELL: must be bash or zsh, not 'fi\\x1bsh'" + tryCompletionHelp},
+    {{"completion", "bash", "zsh"},
+     "kelda completion: unexpected argument 'zsh'" + tryCompletionHelp},
+    {{"completion", "bash", "--format", "json"},
+     "kelda completion: unexpected argument '--format'" + tryCompletionHelp},
     {{"preinit", "A"}, "kelda preinit: unexpected argument 'A'" + tryPreinitHelp},
     {{"preinit", "--profiles", "x"},
      "kelda preinit: unexpected argument '--profiles'" + tryPreinitHelp},

@@ -1,10 +1,14 @@
 #include "CommandLine.h"
 
+#include <algorithm>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include "CompletionCommand.h"
+#include "ConfigCommand.h"
 #include "HelpFormatter.h"
 #include "MountsCommand.h"
 #include "PreinitCommand.h"
@@ -30,8 +34,9 @@ constexpr char const* footer =
     "  KELDA_EXTRA_PROFILE_PATH  A further folder with mount profiles.\n"
     "  MFI_NO_DEFAULT_PREINIT    When set, the folder of --preinit is not read.\n"
     "\n"
-    "Example:\n"
+    "Examples:\n"
     "  kelda mounts FanTray-2 --preinit ./preinit --profiles ./profiles\n"
+    "  source <(kelda completion bash)\n"
     "\n"
     "'kelda COMMAND --help' explains a command.";
 
@@ -46,11 +51,13 @@ class CommandLine {
         program_.footer(footer);
         add(std::make_unique<MountsCommand>());
         add(std::make_unique<PreinitCommand>());
+        add(std::make_unique<ConfigCommand>());
+        add(std::make_unique<CompletionCommand>());
     }
 
     Report run(int argc, char const* const* argv, bool colour) {
         try {
-            program_.parse(argc, argv);
+            program_.parse(reversedWords({argv + std::min(argc, 1), argv + argc}));
         } catch (CLI::CallForHelp const&) {
             return {program_.help(), "", ExitStatus::success};
         } catch (CLI::CallForVersion const& call) {
@@ -74,6 +81,32 @@ class CommandLine {
         auto& words = command->addTo(program_);
         words.group("Commands");
         commands_.push_back({std::move(command), &words});
+    }
+
+    // The words as the parser takes them. What "--option=" gives is the empty value; the parser by
+    // itself would go on to the next word.
+    std::vector<std::string> reversedWords(std::vector<std::string> const& words) const {
+        std::vector<std::string> reversed;
+        bool mayBeOption = true;
+        for (auto const& word : words) {
+            mayBeOption = mayBeOption && word != "--";
+            auto const name = word.substr(0, word.find('='));
+            if (mayBeOption && word == name + "=" && takesValue(name))
+                reversed.insert(reversed.end(), {name, ""});
+            else
+                reversed.push_back(word);
+        }
+        std::reverse(reversed.begin(), reversed.end());
+        return reversed;
+    }
+
+    // Whether this is the name of an option that does.
+    bool takesValue(std::string const& name) const {
+        return name.starts_with("--") &&
+               std::any_of(commands_.begin(), commands_.end(), [&name](Entry const& entry) {
+                   auto const* const option = entry.words->get_option_no_throw(name);
+                   return option != nullptr && option->get_items_expected_max() > 0;
+               });
     }
 
     // The command that the call names; null when it names none.

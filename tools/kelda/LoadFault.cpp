@@ -44,7 +44,9 @@ LoadFault lastFault(Kelda::MountFileInfo const& parser, Fen::AgentException cons
     if (parser.exceptions().empty())
         return {"", thrown.what(), -1};
     auto const& fault = parser.exceptions().back();
-    return {std::string(fault.file.view()), std::string(fault.msg.view()), fault.line};
+    if (Kelda::MountFileInfo::mfiExceptionToString(fault) != thrown.what())
+        return {"", thrown.what(), -1};
+    return {textOf(fault.file), textOf(fault.msg), fault.line};
 }
 
 Report faultReport(LoadFault const& fault, Format format) {

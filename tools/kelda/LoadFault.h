@@ -17,7 +17,8 @@ struct LoadFault {
     int line = -1; ///< -1 when no file was open
 };
 
-/// The fault that `parser` recorded last before it threw `thrown`.
+/// The fault that `parser` recorded when it threw `thrown`; an exception that is none of its faults
+/// is a fault without a file.
 LoadFault lastFault(Kelda::MountFileInfo const& parser, Fen::AgentException const& thrown);
 
 /// The report of a fault: for people "file:line: message" on standard error, as JSON the document

@@ -1,7 +1,8 @@
 #include "LoadOptions.h"
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
+
+#include "Values.h"
 
 namespace KeldaTool {
 namespace {
@@ -9,15 +10,13 @@ namespace {
 constexpr char const* defaultPreinitDir = "/usr/lib64/preinit";
 constexpr char const* defaultProfileDir = "/usr/lib64/KeldaMountProfiles";
 
+// An empty name is refused: the library would take it for the default folder.
 void addDirectoryOption(CLI::App& command, char const* name, std::string& directory,
                         char const* defaultDir, char const* description) {
     directory = defaultDir;
-    command.add_option(name, directory, description)->type_name("DIR")->capture_default_str();
-}
-
-std::string refuseUnknownFormat(std::string const& name) {
-    bool const isKnown = name == "table" || name == "json";
-    return isKnown ? std::string() : fmt::format("must be table or json, not '{}'", name);
+    auto* const option = command.add_option(name, directory, description);
+    option->type_name("DIR")->capture_default_str();
+    mustNotBeEmpty(*option);
 }
 
 } // namespace
@@ -36,11 +35,10 @@ void addFormatOption(CLI::App& command, Format& format) {
     auto const take = [&format](std::string const& name) {
         format = name == "json" ? Format::json : Format::table;
     };
-    command
-        .add_option_function<std::string>("--format", take, "How to print: for people or as JSON")
-        ->check(CLI::Validator(refuseUnknownFormat, ""))
-        ->type_name("table|json")
-        ->default_str("table");
+    auto* const option = command.add_option_function<std::string>(
+        "--format", take, "How to print: for people or as JSON");
+    mustBeOneOf(*option, {"table", "json"});
+    option->default_str("table");
 }
 
 } // namespace KeldaTool

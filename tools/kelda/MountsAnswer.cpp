@@ -2,14 +2,13 @@
 
 #include <algorithm>
 
-#include <KeldaUtil/MountFlags.h>
+#include <KeldaBase/MountFileInfo.h>
+
+#include "PublishedMounts.h"
+#include "Text.h"
 
 namespace KeldaTool {
 namespace {
-
-std::string textOf(Rook::String const& text) {
-    return std::string(text.view());
-}
 
 template <class Strings>
 std::vector<std::string> textsOf(Strings const& strings) {
@@ -35,20 +34,24 @@ MountsAnswer::Lists listsOf(Kelda::StringListMap const& map) {
     return lists;
 }
 
-std::vector<Mount> mountsOf(Kelda::MountArgsMap const& map) {
-    std::vector<Mount> mounts;
-    for (auto const& [path, args] : map)
-        mounts.push_back({textOf(path), textOf(args.type),
-                          textOf(KeldaUtil::mountTableFlagsToString(args.flags)), args.isExplicit});
-    return mounts;
+std::vector<std::string> pathsOf(std::vector<Mount> const& mounts) {
+    std::vector<std::string> paths;
+    for (auto const& mount : mounts)
+        paths.push_back(mount.path);
+    return paths;
 }
 
 } // namespace
 
-MountsAnswer askMounts(Kelda::AgentMountFileInfo& parser, std::string const& agent) {
-    parser.doInit();
+MountsAnswer askMounts(Kelda::AgentMountFileInfoWrap& entity, std::string const& agent,
+                       MountsSelection const& selection) {
     MountsAnswer answer;
     answer.agent = agent;
+    answer.mounts = selectedMounts(entity, selection);
+    answer.selected =
+        selection.by == MountsSelection::By::path ? answer.mounts.front().path : selection.name;
+    answer.agentPaths = pathsOf(mountsOfAgent(entity, agent));
+    auto& parser = *entity.mountFileInfoPtr();
     answer.foundMountProfile = parser.foundMountProfile(agent);
     answer.activeMount = parser.activeMount();
     answer.noDefaultMountGroup = parser.noDefaultMountGroup();
@@ -57,8 +60,6 @@ MountsAnswer askMounts(Kelda::AgentMountFileInfo& parser, std::string const& age
     answer.subAgents = textsOf(parser.subAgents());
     answer.files = listsOf(parser.profileFilePathsMap());
     answer.groups = listsOf(parser.mountGroupPathsMap());
-    answer.mounts = mountsOf(parser.pathMountArgsMap());
-    answer.agentPaths = sortedTextsOf(parser.agentPaths(agent));
     return answer;
 }
 

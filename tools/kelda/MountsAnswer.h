@@ -1,20 +1,16 @@
-// What the agent-side parser knows about one agent.
+// What the published entity and its agent-side parser know about one agent.
 #pragma once
 
 #include <map>
 #include <string>
 #include <vector>
 
-#include <KeldaBase/AgentMountFileInfo.h>
+#include <KeldaBase/AgentMountFileInfoWrap.h>
+
+#include "Mount.h"
+#include "MountsSelection.h"
 
 namespace KeldaTool {
-
-struct Mount {
-    std::string path;
-    std::string type;
-    std::string flags;
-    bool isExplicit = false;
-};
 
 struct MountsAnswer {
     using Lists = std::map<std::string, std::vector<std::string>>;
@@ -28,12 +24,13 @@ struct MountsAnswer {
     std::vector<std::string> subAgents;
     Lists files;               ///< profile files with their paths, sorted
     Lists groups;              ///< keys of mount groups with their paths, sorted
-    std::vector<Mount> mounts; ///< every record, in path order
+    std::string selected;      ///< the name of the selection; of a path, as the mount has it
+    std::vector<Mount> mounts; ///< every record, or those asked for, in path order
     std::vector<std::string> agentPaths;
 };
 
-/// Asks a parser to which `agent` was added, loading it if need be. Faults leave as
-/// Fen::AgentException.
-MountsAnswer askMounts(Kelda::AgentMountFileInfo& parser, std::string const& agent);
+/// Asks the entity of `agent`, which loads if need be. Faults leave as Fen::AgentException.
+MountsAnswer askMounts(Kelda::AgentMountFileInfoWrap& entity, std::string const& agent,
+                       MountsSelection const& selection);
 
 } // namespace KeldaTool

@@ -5,6 +5,7 @@
 
 #include "Command.h"
 #include "LoadOptions.h"
+#include "MountsSelection.h"
 
 namespace KeldaTool {
 
@@ -18,6 +19,7 @@ class MountsCommand : public Command {
     std::string override_;
     std::string preinitDir_;
     std::string profileDir_;
+    MountsSelection selection_;
     Format format_ = Format::table;
 };
 

@@ -6,6 +6,7 @@
 
 namespace KeldaTool {
 
-Json mountsDocument(MountsAnswer const& answer);
+/// Everything about the agent or, of a selection, what was asked for and its mounts.
+Json mountsDocument(MountsAnswer const& answer, MountsSelection const& selection);
 
 } // namespace KeldaTool

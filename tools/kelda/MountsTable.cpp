@@ -65,20 +65,45 @@ std::string agentSentence(MountsAnswer const& answer) {
     return text + "\n";
 }
 
+// "2 mounts (1 explicit, 1 intermediate)"
+std::string countedMounts(std::vector<Mount> const& mounts) {
+    auto const named = static_cast<std::size_t>(std::count_if(
+        mounts.begin(), mounts.end(), [](Mount const& mount) { return mount.isExplicit; }));
+    return fmt::format("{} ({} explicit, {} intermediate)", counted(mounts.size(), "mount"), named,
+                       mounts.size() - named);
+}
+
 std::string totals(MountsAnswer const& answer) {
-    auto const all = answer.mounts.size();
-    auto const named = static_cast<std::size_t>(
-        std::count_if(answer.mounts.begin(), answer.mounts.end(),
-                      [](Mount const& mount) { return mount.isExplicit; }));
-    return fmt::format("{} ({} explicit, {} intermediate) in {} from {}\n", counted(all, "mount"),
-                       named, all - named, counted(answer.groups.size(), "group"),
+    return fmt::format("{} in {} from {}\n", countedMounts(answer.mounts),
+                       counted(answer.groups.size(), "group"),
                        counted(answer.files.size(), "file"));
+}
+
+std::string placeOf(MountsAnswer const& answer, MountsSelection const& selection) {
+    auto const name = printable(answer.selected);
+    if (selection.by == MountsSelection::By::path)
+        return "at path " + name;
+    if (selection.by == MountsSelection::By::group)
+        return "in group " + name;
+    bool const isPattern = selection.name.ends_with('*');
+    auto const place = (isPattern ? "from files " : "from file ") + name;
+    return selection.withIncludes
+               ? place + (isPattern ? " and what they include" : " and what it includes")
+               : place;
+}
+
+std::string selectionTotals(MountsAnswer const& answer, MountsSelection const& selection) {
+    return fmt::format("Agent {}: {} {}\n", printable(answer.agent), countedMounts(answer.mounts),
+                       placeOf(answer, selection));
 }
 
 } // namespace
 
-std::string mountsTable(MountsAnswer const& answer, bool colour) {
-    return tableOf(answer).text(colour) + "\n" + agentSentence(answer) + totals(answer);
+std::string mountsTable(MountsAnswer const& answer, MountsSelection const& selection, bool colour) {
+    auto const table = tableOf(answer).text(colour) + "\n";
+    if (selection.by == MountsSelection::By::nothing)
+        return table + agentSentence(answer) + totals(answer);
+    return table + selectionTotals(answer, selection);
 }
 
 } // namespace KeldaTool

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <KeldaBase/MountFileInfo.h>
 #include <fmt/format.h>
 
 #include "Table.h"
@@ -10,23 +11,37 @@
 namespace KeldaTool {
 namespace {
 
-std::string textOf(Rook::String const& text) {
-    return std::string(text.view());
+// The library tells the attribute of every path but of those that hold a "*", which stand for
+// wildcards there; and one such path keeps the entity from publishing any.
+bool isPublishable(Rook::String const& path) {
+    return path.find("*") == Rook::String::npos;
 }
 
-std::string typeOf(Kelda::AgentMountFileInfo const& parser, Rook::String const& path) {
-    auto const type = parser.pathTypeMap().find(Kelda::MountFileInfo::wildcardPath(path));
-    return type == parser.pathTypeMap().end() ? "" : textOf(type->second);
+std::vector<PreinitPath> publishedPaths(Kelda::AgentMountFileInfoWrap& entity) {
+    std::vector<PreinitPath> paths;
+    auto const collection = entity.getPreinitPathInfo();
+    for (auto const& info : *collection)
+        paths.push_back({textOf(info.path()), textOf(info.type()), textOf(info.attr()),
+                         entity.mountFileInfoPtr()->pathIsConfig(info.path(), false)});
+    return paths;
 }
 
-std::vector<PreinitPath> pathsOf(Kelda::AgentMountFileInfo& parser) {
+std::vector<PreinitPath> parsedPaths(Kelda::MountFileInfo& parser) {
     std::vector<PreinitPath> paths;
     for (auto const& [path, attribute] : parser.pathAttrMap())
-        paths.push_back({textOf(path), typeOf(parser, path), parser.preinitAttrToString(attribute),
-                         parser.pathIsConfig(path, false)});
+        paths.push_back({textOf(path),
+                         textOf(parser.getType(Kelda::MountFileInfo::wildcardPath(path))),
+                         parser.preinitAttrToString(attribute), parser.pathIsConfig(path, false)});
     std::sort(paths.begin(), paths.end(),
               [](PreinitPath const& a, PreinitPath const& b) { return a.path < b.path; });
     return paths;
+}
+
+std::vector<PreinitPath> pathsOf(Kelda::AgentMountFileInfoWrap& entity) {
+    auto& parser = *entity.mountFileInfoPtr();
+    auto const paths = parser.rawPreinitPaths();
+    return std::all_of(paths.begin(), paths.end(), isPublishable) ? publishedPaths(entity)
+                                                                  : parsedPaths(parser);
 }
 
 Json pathsArray(std::vector<PreinitPath> const& paths) {
@@ -55,11 +70,10 @@ std::string totals(PreinitAnswer const& answer) {
 
 } // namespace
 
-PreinitAnswer askPreinit(Kelda::AgentMountFileInfo& parser) {
-    parser.doInit();
+PreinitAnswer askPreinit(Kelda::AgentMountFileInfoWrap& entity) {
     PreinitAnswer answer;
-    answer.paths = pathsOf(parser);
-    for (auto const& [path, type] : parser.pathTypeMap())
+    answer.paths = pathsOf(entity);
+    for (auto const& [path, type] : entity.mountFileInfoPtr()->pathTypeMap())
         answer.types[textOf(path)] = textOf(type);
     return answer;
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include <KeldaBase/AgentMountFileInfo.h>
+#include <KeldaBase/AgentMountFileInfoWrap.h>
 
 #include "JsonDocument.h"
 
@@ -23,8 +23,8 @@ struct PreinitAnswer {
     std::map<std::string, std::string> types; ///< of every wildcard path
 };
 
-/// Asks a parser, loading it if need be. Faults leave as Fen::AgentException.
-PreinitAnswer askPreinit(Kelda::AgentMountFileInfo& parser);
+/// Asks an entity, which loads if need be. Faults leave as Fen::AgentException.
+PreinitAnswer askPreinit(Kelda::AgentMountFileInfoWrap& entity);
 
 Json preinitDocument(PreinitAnswer const& answer);
 

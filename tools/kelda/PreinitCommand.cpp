@@ -1,10 +1,10 @@
 #include "PreinitCommand.h"
 
 #include <CLI/CLI.hpp>
-#include <KeldaBase/AgentMountFileInfo.h>
 
 #include "LoadFault.h"
 #include "PreinitAnswer.h"
+#include "PreinitEntity.h"
 
 namespace KeldaTool {
 namespace {
@@ -35,15 +35,14 @@ CLI::App& PreinitCommand::addTo(CLI::App& program) {
 }
 
 Report PreinitCommand::run(bool colour) const {
-    // Without agents, the preinit files are all that is loaded.
-    Kelda::AgentMountFileInfo parser(false, preinitDir_, "", false, "DefaultMountGroup");
+    auto const entity = preinitEntity(preinitDir_);
     try {
-        auto const answer = askPreinit(parser);
+        auto const answer = askPreinit(*entity);
         return {format_ == Format::json ? documentText(preinitDocument(answer))
                                         : preinitTable(answer, colour),
                 "", ExitStatus::success};
     } catch (Fen::AgentException const& thrown) {
-        return faultReport(lastFault(parser, thrown), format_);
+        return faultReport(lastFault(*entity->mountFileInfoPtr(), thrown), format_);
     }
 }
 

@@ -125,6 +125,10 @@ std::size_t columns(char32_t code) {
 
 } // namespace
 
+std::string textOf(Rook::String const& text) {
+    return std::string(text.view());
+}
+
 std::string replaceNonUtf8(std::string_view bytes) {
     std::string text;
     forEachCharacter(bytes, [&text](Character const& character, std::string_view own) {

@@ -5,7 +5,12 @@
 #include <string>
 #include <string_view>
 
+#include <Rook/String.h>
+
 namespace KeldaTool {
+
+/// A string of the library, byte for byte.
+std::string textOf(Rook::String const& text);
 
 /// The text as UTF-8: each ill-formed sequence of bytes becomes one U+FFFD.
 std::string replaceNonUtf8(std::string_view bytes);
