@@ -63,8 +63,9 @@ Rook::String AgentMountFileInfo::nameToMatch() {
     auto const position = agentString_.find(activeInfix);
     if (position == Rook::String::npos)
         return agentString_;
+    auto const dash = position + activeInfix.size() - 1;
     auto stripped =
-        agentString_.substr(0, position) + agentString_.substr(position + activeInfix.size() - 1);
+        agentString_.substr(0, position) + agentString_.substr(dash, Rook::String::npos);
     MFI_TRACE(5, "Agent '{}' is -Active- variant, matching with stripped: {}", agentString_,
               stripped);
     agentStringTokens_ = tokenize(stripped, "-");

@@ -89,7 +89,7 @@ std::vector<Rook::String> MountFileInfo::tokenize(Rook::String const& value,
         start = end + delimiterSeq.size();
     }
     if (start < value.size())
-        push(value.substr(start));
+        push(value.substr(start, Rook::String::npos));
     return pieces;
 }
 

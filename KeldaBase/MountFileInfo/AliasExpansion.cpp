@@ -24,7 +24,7 @@ bool replaceAt(std::span<char> buffer, std::size_t position, std::size_t removed
     auto const tail = std::strlen(place + removed);
     auto const kept = std::min(tail, room - position - inserted);
     std::memmove(place + inserted, place + removed, kept);
-    std::memcpy(place, text.data(), inserted);
+    text.copy(place, inserted);
     place[inserted + kept] = '\0';
     return inserted == text.size() && kept == tail;
 }

@@ -33,7 +33,7 @@ Rook::String MountFileInfo::evaluateList(Rook::String const& expression) {
 // The left value of `left~right` when it contains the right one, else the empty string.
 Rook::String MountFileInfo::evaluateContainment(Rook::String const& expression, std::size_t tilde) {
     auto left = evaluateAliasValue(expression.substr(0, tilde));
-    auto const right = evaluateAliasValue(expression.substr(tilde + 1));
+    auto const right = evaluateAliasValue(expression.substr(tilde + 1, Rook::String::npos));
     return left.find(right) == Rook::String::npos ? Rook::String() : left;
 }
 

@@ -19,9 +19,9 @@ namespace {
 
 // The part of a path before its last slash; empty when there is none or when it is the first
 // character.
-std::string_view getParent(std::string_view path) {
-    auto const slash = path.rfind('/');
-    return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash);
+Rook::String getParent(Rook::String const& path) {
+    auto const slash = path.view().rfind('/');
+    return slash == std::string_view::npos ? Rook::String() : path.substr(0, slash);
 }
 
 } // namespace

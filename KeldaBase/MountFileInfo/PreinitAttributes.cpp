@@ -101,9 +101,10 @@ Rook::String MountFileInfo::getPreinitAttr(Rook::String path) {
     if (path.find("*") != Rook::String::npos)
         reportAndTrace("getPreinitAttr: attributes are indexed by plain paths, including tokens, "
                        "not wildcards");
-    else if (found != pathAttrMap_.end())
-        return preinitAttrToString(found->second);
-    else
+    else if (found != pathAttrMap_.end()) {
+        char const* const text = preinitAttrToString(found->second);
+        return text == nullptr ? "" : text;
+    } else
         reportAndTrace(fmtNotFoundError("getPreinitAttr: no attr info for path " + path, false));
     MFI_TRACE(3, "Returning empty string");
     return {};

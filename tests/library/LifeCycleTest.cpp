@@ -254,15 +254,6 @@ TEST_F(LifeCycle, UnDoInitGivesAllOfItsMemoryBackToTheSlab) {
     EXPECT_EQ(Kelda::mountFileInfoSlab().bytesInUse(), before);
 }
 
-TEST_F(LifeCycle, UnDoInitDefragmentsTheStringTable) {
-    for (int i = 0; i < 1000; ++i)
-        parser.pathTypeMapIs("defragmented/" + std::to_string(i), "T");
-    parser.handleDoInit();
-    auto const before = Rook::String::tableFigures().buffers;
-    parser.unDoInit();
-    EXPECT_LE(Rook::String::tableFigures().buffers + 1000, before);
-}
-
 // --- clearProfileData and resetFileContext ---
 
 TEST_F(LifeCycle, ClearProfileDataForgetsWhatProfilesBrought) {

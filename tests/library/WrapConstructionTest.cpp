@@ -24,6 +24,16 @@ using testing::IsEmpty;
 
 using Arguments = std::array<Rook::String, 6>;
 
+Rook::String stringForm(Rook::String const& text) {
+    return Fen::valueToStrep(text);
+}
+
+// Arguments, in their string forms, that make an entity.
+Arguments goodArguments() {
+    return {Fen::valueToStrep(false), stringForm("F"), stringForm(""),
+            stringForm(""),           stringForm(""),  Fen::valueToStrep(true)};
+}
+
 class WrapConstruction : public testing::Test {
   protected:
     support::CleanEnvironment environment;
@@ -151,8 +161,9 @@ TEST_F(WrapConstruction, AListOfArgumentsMakesTheSameEntityAsTheFactory) {
 }
 
 TEST_F(WrapConstruction, AListOfAnyOtherLengthIsRefused) {
-    std::vector<Rook::String> const arguments{"false", "\"F\"", "\"\"", "\"\"",
-                                              "\"\"",  "true",  "true"};
+    auto const good = goodArguments();
+    std::vector<Rook::String> arguments(good.begin(), good.end());
+    arguments.push_back(Fen::valueToStrep(true));
     for (std::size_t count : {0U, 1U, 5U, 7U})
         EXPECT_THROW(agentMountFileInfoWrapFactory(std::span(arguments).first(count)),
                      Fen::AttributeFormatException)
@@ -161,7 +172,7 @@ TEST_F(WrapConstruction, AListOfAnyOtherLengthIsRefused) {
 }
 
 TEST_F(WrapConstruction, AnArgumentThatCannotBeReadIsRefused) {
-    Arguments const good{"false", "\"F\"", "\"\"", "\"\"", "\"\"", "true"};
+    auto const good = goodArguments();
     for (std::size_t i = 0; i < good.size(); ++i)
         for (char const* const bad : {"", "F", "1", "\"", "true false", "\"a\" b"}) {
             auto arguments = good;
@@ -172,10 +183,10 @@ TEST_F(WrapConstruction, AnArgumentThatCannotBeReadIsRefused) {
 }
 
 TEST_F(WrapConstruction, ATruthValueIsNoTextAndATextNoTruthValue) {
-    Arguments const good{"false", "\"F\"", "\"\"", "\"\"", "\"\"", "true"};
+    auto const good = goodArguments();
     for (std::size_t i = 0; i < good.size(); ++i) {
         auto arguments = good;
-        arguments[i] = i == 0 || i == 5 ? "\"true\"" : "true";
+        arguments[i] = i == 0 || i == 5 ? stringForm("true") : Fen::valueToStrep(true);
         EXPECT_THROW(agentMountFileInfoWrapFactory(arguments), Fen::AttributeFormatException)
             << "argument " << i + 1;
     }
