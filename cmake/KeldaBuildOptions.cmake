@@ -16,6 +16,8 @@ endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
                     -Wold-style-cast -Wcast-qual -Wformat=2 -Wundef)
+# Assertions name their file as seen from the tree's root, wherever that was when it was built.
+add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 if(KELDA_WERROR)
     add_compile_options(-Werror)
 endif()

@@ -107,19 +107,21 @@ class KELDABASE_API AgentMountFileInfo : public MountFileInfo {
     UnorderedStringSet agentStringsWithoutProfile_;
 
   private:
-    void forgetInterruptedLoad();
-    void changeOverride(Rook::String const& agentString, Rook::String const& overrideAgentString,
-                        Rook::String& stored);
-    int loadProfilesOfAgent();
-    int searchProfiles(Rook::String const& directory);
-    void noteMissingProfile();
-    void loadDefaultGroup();
-    void loadDefaultGroupPerAgent();
-    void loadDefaultGroupFile(Rook::String const& fileName, Rook::String const& agentString);
-    Rook::String const& agentStringForAliases() const;
-    Rook::String nameToMatch();
-    bool passesOverActiveAgent(FILE* file, char const* agentName);
-    bool looksAheadForMatchActiveName(FILE* file);
+    KELDABASE_LOCAL void forgetInterruptedLoad();
+    KELDABASE_LOCAL void changeOverride(Rook::String const& agentString,
+                                        Rook::String const& overrideAgentString,
+                                        Rook::String& stored);
+    KELDABASE_LOCAL int loadProfilesOfAgent();
+    KELDABASE_LOCAL int searchProfiles(Rook::String const& directory);
+    KELDABASE_LOCAL void noteMissingProfile();
+    KELDABASE_LOCAL void loadDefaultGroup();
+    KELDABASE_LOCAL void loadDefaultGroupPerAgent();
+    KELDABASE_LOCAL void loadDefaultGroupFile(Rook::String const& fileName,
+                                              Rook::String const& agentString);
+    KELDABASE_LOCAL Rook::String const& agentStringForAliases() const;
+    KELDABASE_LOCAL Rook::String nameToMatch();
+    KELDABASE_LOCAL bool passesOverActiveAgent(FILE* file, char const* agentName);
+    KELDABASE_LOCAL bool looksAheadForMatchActiveName(FILE* file);
 
     bool loadUnderWay_ = false;
 };

@@ -319,9 +319,9 @@ class KELDABASE_API AgentMountFileInfoWrap : public Rook::Node {
     /// @}
 
   private:
-    MountFileInfo& parser() const;
-    Rook::Ptr<MountPathInfo> publish(Rook::String const& path);
-    Rook::Ptr<MountPathInfoCol> publishAll(std::span<Rook::String const> paths);
+    KELDABASE_LOCAL MountFileInfo& parser() const;
+    KELDABASE_LOCAL Rook::Ptr<MountPathInfo> publish(Rook::String const& path);
+    KELDABASE_LOCAL Rook::Ptr<MountPathInfoCol> publishAll(std::span<Rook::String const> paths);
 
     bool const dontMergeFlags_;
     bool const loadMountProfile_;

@@ -81,10 +81,10 @@ class KELDABASE_API DynFileLoadCheck {
     FileLoadCheck* operator->() const noexcept { return check_.get(); }
 
   private:
-    static void chooseFactory();
+    KELDABASE_LOCAL static void chooseFactory();
 
-    static bool initialized_; // a factory was chosen
-    static Factory getNewPtr_;
+    KELDABASE_LOCAL static bool initialized_; // a factory was chosen
+    KELDABASE_LOCAL static Factory getNewPtr_;
 
     std::unique_ptr<FileLoadCheck> check_;
 };

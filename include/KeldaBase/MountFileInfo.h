@@ -687,50 +687,57 @@ class KELDABASE_API MountFileInfo {
     class LoadCaches;
 
     // Life cycle
-    void releaseProfileMaps();
-    void resetProfileState();
+    KELDABASE_LOCAL void releaseProfileMaps();
+    KELDABASE_LOCAL void resetProfileState();
 
     // Lines and files
-    bool readLogicalLine(FILE* file, LineBuffer& buffer, int& step);
-    bool readContinuation(LineBuffer& buffer, std::size_t backslash, FILE* file) const;
-    void reportReadError(int error) const;
-    void reportNul(char const* line) const;
+    KELDABASE_LOCAL bool readLogicalLine(FILE* file, LineBuffer& buffer, int& step);
+    KELDABASE_LOCAL bool readContinuation(LineBuffer& buffer, std::size_t backslash,
+                                          FILE* file) const;
+    KELDABASE_LOCAL void reportReadError(int error) const;
+    KELDABASE_LOCAL void reportNul(char const* line) const;
     struct DirectoryScan;
-    std::optional<int> searchAndLoad(DirectoryScan const& scan);
-    std::optional<int> loadFiles(DirectoryScan const& scan, std::vector<char const*> const& names);
-    std::optional<int> loadDirectoryFile(DirectoryScan const& scan, char const* name);
-    int loadOpenFile(FILE* file, Rook::String const& name, FileLoader loader);
-    bool passesFilters(DirectoryScan const& scan, char const* name) const;
-    void noteInclude(char const* name);
-    int loadConfigMountProfile();
-    bool loadExtraPreinits(char const* list, bool& namesDefault);
-    bool loadExtraPreinitFile(Rook::String const& entry);
-    void reportRedefinition(char const* path, PreinitAttr oldAttr, PreinitAttr newAttr) const;
+    KELDABASE_LOCAL std::optional<int> searchAndLoad(DirectoryScan const& scan);
+    KELDABASE_LOCAL std::optional<int> loadFiles(DirectoryScan const& scan,
+                                                 std::vector<char const*> const& names);
+    KELDABASE_LOCAL std::optional<int> loadDirectoryFile(DirectoryScan const& scan,
+                                                         char const* name);
+    KELDABASE_LOCAL int loadOpenFile(FILE* file, Rook::String const& name, FileLoader loader);
+    KELDABASE_LOCAL bool passesFilters(DirectoryScan const& scan, char const* name) const;
+    KELDABASE_LOCAL void noteInclude(char const* name);
+    KELDABASE_LOCAL int loadConfigMountProfile();
+    KELDABASE_LOCAL bool loadExtraPreinits(char const* list, bool& namesDefault);
+    KELDABASE_LOCAL bool loadExtraPreinitFile(Rook::String const& entry);
+    KELDABASE_LOCAL void reportRedefinition(char const* path, PreinitAttr oldAttr,
+                                            PreinitAttr newAttr) const;
 
     // Profiles
-    int handleProfileLine(LineBuffer& line, LineBuffer const& lineWithBlanks);
-    void finishProfile(int profiles);
-    void fileProfileUnderAgent();
-    Rook::String evaluateList(Rook::String const& expression);
-    Rook::String evaluateContainment(Rook::String const& expression, std::size_t tilde);
-    Rook::String evaluateChoice(Rook::String const& expression, std::size_t mark);
+    KELDABASE_LOCAL int handleProfileLine(LineBuffer& line, LineBuffer const& lineWithBlanks);
+    KELDABASE_LOCAL void finishProfile(int profiles);
+    KELDABASE_LOCAL void fileProfileUnderAgent();
+    KELDABASE_LOCAL Rook::String evaluateList(Rook::String const& expression);
+    KELDABASE_LOCAL Rook::String evaluateContainment(Rook::String const& expression,
+                                                     std::size_t tilde);
+    KELDABASE_LOCAL Rook::String evaluateChoice(Rook::String const& expression, std::size_t mark);
 
     // Records
-    MountArgs* findRecord(Rook::String const& path);
-    MountArgs& recordOf(Rook::String const& path);
-    MountArgsMap::iterator placeOf(Rook::String const& path);
-    bool flagsAreValid(Fen::MountTable::Flags flags) const;
-    void addRecord(Rook::String const& path, MountArgs const& args, bool targetPath, bool dynamic);
-    bool mergeIntoRecord(Rook::String const& path, MountArgs& record, MountArgs const& args,
-                         bool targetPath, bool mergeType);
-    void settleIntermediate(Rook::String const& path, bool targetPath);
-    void inheritFlags(Rook::String const& path);
-    Fen::MountTable::Flags flagsToInherit(Rook::String const& path) const;
-    Fen::MountTable::Flags flagsOfNearestAncestor(Rook::String const& path) const;
+    KELDABASE_LOCAL MountArgs* findRecord(Rook::String const& path);
+    KELDABASE_LOCAL MountArgs& recordOf(Rook::String const& path);
+    KELDABASE_LOCAL MountArgsMap::iterator placeOf(Rook::String const& path);
+    KELDABASE_LOCAL bool flagsAreValid(Fen::MountTable::Flags flags) const;
+    KELDABASE_LOCAL void addRecord(Rook::String const& path, MountArgs const& args, bool targetPath,
+                                   bool dynamic);
+    KELDABASE_LOCAL bool mergeIntoRecord(Rook::String const& path, MountArgs& record,
+                                         MountArgs const& args, bool targetPath, bool mergeType);
+    KELDABASE_LOCAL void settleIntermediate(Rook::String const& path, bool targetPath);
+    KELDABASE_LOCAL void inheritFlags(Rook::String const& path);
+    KELDABASE_LOCAL Fen::MountTable::Flags flagsToInherit(Rook::String const& path) const;
+    KELDABASE_LOCAL Fen::MountTable::Flags flagsOfNearestAncestor(Rook::String const& path) const;
 
     // Queries
-    void appendFilePaths(Rook::String const& name, bool withIncludes, StringList& paths);
-    StringList noSuchFile(Rook::String const& message) const;
+    KELDABASE_LOCAL void appendFilePaths(Rook::String const& name, bool withIncludes,
+                                         StringList& paths);
+    KELDABASE_LOCAL StringList noSuchFile(Rook::String const& message) const;
 
     // What makes loading fast; see the class.
     std::unique_ptr<LoadCaches> caches_;

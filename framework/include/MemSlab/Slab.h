@@ -53,8 +53,8 @@ class FEN_API Slab {
     struct Span;
     struct PageList {
         Page* first = nullptr;
-        void add(Page* page) noexcept;
-        void remove(Page* page) noexcept;
+        FEN_LOCAL void add(Page* page) noexcept;
+        FEN_LOCAL void remove(Page* page) noexcept;
     };
     static constexpr std::size_t pageBytes = std::size_t{8} * 1024;
     static constexpr std::size_t pagesPerSpan = 16;
@@ -63,13 +63,13 @@ class FEN_API Slab {
     static constexpr std::size_t largestSmall = 512;
 
     static std::size_t sizeClass(std::size_t bytes) { return (bytes + granule - 1) / granule; }
-    static Page* pageOf(void* memory) noexcept;
-    void addSpan();
-    void freeSpan(Span* span) noexcept;
-    Page* takePage(std::size_t sizeClass);
-    void returnPage(Page* page) noexcept;
-    void* allocateSmall(std::size_t sizeClass);
-    void deallocateSmall(void* memory) noexcept;
+    FEN_LOCAL static Page* pageOf(void* memory) noexcept;
+    FEN_LOCAL void addSpan();
+    FEN_LOCAL void freeSpan(Span* span) noexcept;
+    FEN_LOCAL Page* takePage(std::size_t sizeClass);
+    FEN_LOCAL void returnPage(Page* page) noexcept;
+    FEN_LOCAL void* allocateSmall(std::size_t sizeClass);
+    FEN_LOCAL void deallocateSmall(void* memory) noexcept;
 
     std::string const name_;
     mutable std::mutex mutex_;
