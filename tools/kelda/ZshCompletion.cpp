@@ -37,53 +37,53 @@ std::string actionOf(CompletionValue const& value) {
     return " "; // only the value's name is shown
 }
 
-// ":NAME:ACTION", as it ends the specification of an option or argument.
+// ":NAME:ACTION", as it ends the entry of an option or argument.
 std::string valueText(CompletionValue const& value) {
     return ":" + escaped(value.name, "\\:") + ":" + actionOf(value);
 }
 
-// One specification for each name of the option; all of them are ruled out by one another.
-std::vector<std::string> specificationsOf(CompletionOption const& option) {
+// One entry for each name of the option; all of them are ruled out by one another.
+std::vector<std::string> entriesOf(CompletionOption const& option) {
     auto ruledOut = option.rulesOut;
     if (!option.isRepeatable)
         ruledOut.insert(ruledOut.end(), option.names.begin(), option.names.end());
     auto const exclusion =
         ruledOut.empty() ? std::string() : fmt::format("({})", fmt::join(ruledOut, " "));
     auto const description = escaped(option.description, "\\[]:");
-    std::vector<std::string> specifications;
+    std::vector<std::string> entries;
     for (auto const& name : option.names) {
         char const* const joint = !option.value ? "" : name.starts_with("--") ? "=" : "+";
-        specifications.push_back(fmt::format("{}{}{}{}[{}]{}", option.isRepeatable ? "*" : "",
-                                             exclusion, name, joint, description,
-                                             option.value ? valueText(*option.value) : ""));
+        entries.push_back(fmt::format("{}{}{}{}[{}]{}", option.isRepeatable ? "*" : "", exclusion,
+                                      name, joint, description,
+                                      option.value ? valueText(*option.value) : ""));
     }
-    return specifications;
+    return entries;
 }
 
-std::string specificationOf(std::size_t number, CompletionArgument const& argument) {
+std::string entryOf(std::size_t number, CompletionArgument const& argument) {
     auto const place = argument.isRepeatable ? "*" : fmt::format("{}", number);
     bool const isOptional = !argument.isRequired && !argument.isRepeatable;
     return place + (isOptional ? ":" : "") + valueText(argument.value);
 }
 
-std::vector<std::string> specificationsOf(CompletionModel const& command) {
-    std::vector<std::string> specifications;
+std::vector<std::string> entriesOf(CompletionModel const& command) {
+    std::vector<std::string> entries;
     for (auto const& option : command.options)
-        for (auto& specification : specificationsOf(option))
-            specifications.push_back(std::move(specification));
+        for (auto& entry : entriesOf(option))
+            entries.push_back(std::move(entry));
     for (std::size_t i = 0; i < command.arguments.size(); ++i)
-        specifications.push_back(specificationOf(i + 1, command.arguments[i]));
+        entries.push_back(entryOf(i + 1, command.arguments[i]));
     if (!command.commands.empty()) {
-        specifications.emplace_back("1: :->command");
-        specifications.emplace_back("*:: :->rest");
+        entries.emplace_back("1: :->command");
+        entries.emplace_back("*:: :->rest");
     }
-    return specifications;
+    return entries;
 }
 
 std::string callOfArguments(CompletionModel const& command) {
     std::string call = "    _arguments -s -S -C";
-    for (auto const& specification : specificationsOf(command))
-        call += " \\\n        " + shellQuoted(specification);
+    for (auto const& entry : entriesOf(command))
+        call += " \\\n        " + shellQuoted(entry);
     return call + " && result=0\n";
 }
 
