@@ -39,7 +39,7 @@ std::string actionOf(CompletionValue const& value) {
 
 // ":NAME:ACTION", as it ends the entry of an option or argument.
 std::string valueText(CompletionValue const& value) {
-    return ":" + escaped(value.name, "\\:") + ":" + actionOf(value);
+    return fmt::format(":{}:{}", escaped(value.name, "\\:"), actionOf(value));
 }
 
 // One entry for each name of the option; all of them are ruled out by one another.
