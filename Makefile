@@ -78,10 +78,10 @@ coverage:
 sources = $(shell git ls-files '*.h' '*.cpp')
 
 format:
-	clang-format -i $(sources)
+	@clang-format -i $(sources)
 
 check-format:
-	clang-format --dry-run -Werror $(sources)
+	@clang-format --dry-run -Werror $(sources)
 
 tidy:
 	cmake -S . -B $(BUILD)-tidy -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DKELDA_TESTS=OFF >/dev/null

@@ -111,9 +111,12 @@ Result construct(Result (*factory)(Parameters...), std::span<Rook::String const>
         throw AttributeFormatException("expected " + std::to_string(sizeof...(Parameters)) +
                                        " constructor arguments, not " +
                                        std::to_string(arguments.size()));
-    std::size_t next = 0;
+    std::size_t taken = 0;
+    auto const take = [&]<class T>(std::type_identity<T>) {
+        return constructorArgument<T>(arguments, taken++);
+    };
     std::tuple<std::remove_cvref_t<Parameters>...> const values{
-        constructorArgument<std::remove_cvref_t<Parameters>>(arguments, next++)...};
+        take(std::type_identity<std::remove_cvref_t<Parameters>>())...};
     return std::apply(factory, values);
 }
 
