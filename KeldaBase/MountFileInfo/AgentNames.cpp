@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <string>
 
+#include <KeldaBase/LoadObserver.h>
 #include <fmt/format.h>
 
 #include "../Text.h"
@@ -134,6 +135,8 @@ void MountFileInfo::recordAgentNameTokenAlias(Rook::String token, Rook::String v
     MFI_TRACE(8, "( token : {}, value : {} )", token, value);
     perFileAliasesPushBack(token, value);
     titleTemplatesPushBack(token);
+    if (observer_ != nullptr)
+        observer_->aliasDefined(token, "", value, currentFiles_);
 }
 
 void MountFileInfo::titleTemplatesPushBack(Rook::String const& key) {

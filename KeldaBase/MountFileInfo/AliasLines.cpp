@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include <Fen/Assert.h>
+#include <KeldaBase/LoadObserver.h>
 #include <fmt/format.h>
 
 #include "../Text.h"
@@ -42,7 +43,10 @@ void MountFileInfo::handleAliasLine(LineBuffer& line) {
 }
 
 void MountFileInfo::recordAlias(char const* key, char* rhs) {
-    perFileAliasesPushBack(key, evaluateAliasExpr(rhs));
+    auto const value = evaluateAliasExpr(rhs);
+    perFileAliasesPushBack(key, value);
+    if (observer_ != nullptr)
+        observer_->aliasDefined(key, rhs, value, currentFiles_);
 }
 
 void MountFileInfo::perFileAliasesPushBack(Rook::String const& key, Rook::String const& value) {
@@ -60,6 +64,8 @@ std::optional<Rook::String> MountFileInfo::lookupAlias(Rook::String const& token
     auto const key = token.toLower();
     if (auto const found = perFileAliases_.find(key); found != perFileAliases_.end()) {
         MFI_TRACE(9, " Found {} as {} in per-file aliases", token, found->second);
+        if (observer_ != nullptr) [[unlikely]]
+            observer_->aliasUsed(key, found->second, currentFiles_);
         return found->second;
     }
     if (auto const found = predefinedAliases_.find(key); found != predefinedAliases_.end()) {

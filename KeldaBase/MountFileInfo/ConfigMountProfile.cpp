@@ -1,6 +1,7 @@
 // The profile that no file holds: it mounts every path that a "CONFIG:" preinit line declares.
 #include <KeldaBase/MountFileInfo.h>
 
+#include <KeldaBase/LoadObserver.h>
 #include <KeldaUtil/MountFlags.h>
 
 #include "../Tracing.h"
@@ -17,7 +18,12 @@ int MountFileInfo::loadConfigMountProfile() {
         if (!info.isConfig || !info.isExplicit)
             continue;
         MFI_TRACE(2, "Adding {} with flags {} to virtual ConfigMountProfile file", path, flagsText);
-        recordMountArgsInternal(path, {pathTypeMap(wildcardPath(path)), flags}, true);
+        auto const type = pathTypeMap(wildcardPath(path));
+        if (observer_ != nullptr)
+            observer_->mountLine(
+                {path.view(), type.view(), flagsText, path, type, false, inConditionalGroup_},
+                currentFiles_);
+        recordMountArgsInternal(path, {type, flags}, true);
         mountGroupPathsMapIs(caches_->mountGroupKey.of(agentKey_, currentMountGroup_), path);
         profileFilePathsMapIs(configMountProfileName, path);
     }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include <Fen/Assert.h>
+#include <KeldaBase/LoadObserver.h>
 #include <fmt/format.h>
 
 #include "../Tracing.h"
@@ -125,12 +126,18 @@ std::optional<int> MountFileInfo::loadDirectoryFile(DirectoryScan const& scan, c
     }
     MFI_TRACE(4, "found match for {}: '{}'", scan.pattern(), name);
     noteInclude(name);
-    return loadOpenFile(file.get(), name, scan.loader);
+    return loadOpenFile(file.get(), scan.directory, name, scan.loader);
 }
 
-int MountFileInfo::loadOpenFile(FILE* file, Rook::String const& name, FileLoader loader) {
+int MountFileInfo::loadOpenFile(FILE* file, Rook::String const& directory, Rook::String const& name,
+                                FileLoader loader) {
     OpenFileRecord const record(currentFiles_, name);
-    return (this->*loader)(file);
+    if (observer_ == nullptr) [[likely]]
+        return (this->*loader)(file);
+    observer_->fileOpened(directory, currentFiles_);
+    auto const count = (this->*loader)(file);
+    observer_->fileClosed(currentFiles_);
+    return count;
 }
 
 // Remembers, while an include line is being served, that the current profile includes the file.
@@ -142,29 +149,36 @@ void MountFileInfo::noteInclude(char const* name) {
 }
 
 bool MountFileInfo::passesFilters(DirectoryScan const& scan, char const* name) const {
-    std::string const fileName(name);
+    auto const reason = reasonToSkip(scan, name);
+    if (reason && observer_ != nullptr)
+        observer_->fileSkipped(scan.directory, name, *reason);
+    return !reason;
+}
+
+std::optional<SkipReason> MountFileInfo::reasonToSkip(DirectoryScan const& scan,
+                                                      std::string const& fileName) const {
     if (chroot_ && fileName.find(';') != std::string::npos) {
         MFI_TRACE(4, "skipping filename with ';' :{}", fileName);
-        return false;
+        return SkipReason::semicolon;
     }
     if (fileName.ends_with('~')) {
         MFI_TRACE(4, "skipping filename ending in  '~' :{}", fileName);
-        return false;
+        return SkipReason::backup;
     }
     if (scan.check == nullptr) {
         MFI_TRACE(4, "No json check.");
     } else if (!scan.check->canLoad(std::string(scan.directory.view()), fileName)) {
         MFI_TRACE(4, "json disabled loading '{}' by check of type {}", fileName,
                   scan.check->fileType());
-        return false;
+        return SkipReason::loadCheck;
     } else {
         MFI_TRACE(4, "canLoad oks loading '{}'", fileName);
     }
     if (exclusionRegex_ && std::regex_search(fileName, *exclusionRegex_)) {
         MFI_TRACE(4, "excluding {} based on the keldaExclusionRegex", fileName);
-        return false;
+        return SkipReason::exclusion;
     }
-    return true;
+    return std::nullopt;
 }
 
 } // namespace Kelda

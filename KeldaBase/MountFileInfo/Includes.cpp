@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include <KeldaBase/LoadObserver.h>
 #include <fmt/format.h>
 
 #include "../Tracing.h"
@@ -28,6 +29,8 @@ std::uint32_t MountFileInfo::handleIncludeLine(LineBuffer const& line) {
     int files = mapDir(keldaMountProfileDir_, load, pattern, &profileFileCheck_);
     if (!extraProfileDir_.empty())
         files += mapDir(extraProfileDir_, load, pattern, &profileFileCheck_);
+    if (observer_ != nullptr)
+        observer_->included(pattern, files, currentFiles_);
     if (files == 0)
         reconcileFailedInclude(pattern);
     return static_cast<std::uint32_t>(files);

@@ -2,7 +2,10 @@
 // mounts below it (bottom-up) and from its parent or the root flags (top-down).
 #include <KeldaBase/MountFileInfo.h>
 
+#include <utility>
+
 #include <Fen/Assert.h>
+#include <KeldaBase/LoadObserver.h>
 #include <KeldaUtil/MountFlags.h>
 #include <fmt/format.h>
 
@@ -67,7 +70,9 @@ void MountFileInfo::inheritFlags(Rook::String const& path) {
                   ? fmt::format(" left unchanged ({})", mountTableFlagsToString(inherited))
                   : fmt::format(" inherited from {} to {}", mountTableFlagsToString(flags),
                                 mountTableFlagsToString(inherited)));
-    flags = inherited;
+    auto const before = std::exchange(flags, inherited);
+    if (observer_ != nullptr)
+        observer_->flagsInherited(path, getParent(path), before, inherited);
 }
 
 // The flags of the parent's record, or the root flags at the top.

@@ -83,7 +83,7 @@ bool MountFileInfo::loadExtraPreinitFile(Rook::String const& entry) {
         reportAndTrace("Unable to fopen preinit profile: " + entry);
         return false;
     }
-    loadOpenFile(file.get(), entry, &MountFileInfo::preinitLoader);
+    loadOpenFile(file.get(), Rook::String(), entry, &MountFileInfo::preinitLoader);
     return true;
 }
 

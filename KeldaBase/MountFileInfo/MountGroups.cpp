@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <KeldaBase/LoadObserver.h>
 #include <fmt/format.h>
 
 #include "../Text.h"
@@ -31,6 +32,8 @@ void MountFileInfo::handleMountGroupLine(LineBuffer& line) {
         // Only the low 8 bits count: 300 is 44.
         priority = static_cast<unsigned char>(std::strtol(comma + 1, nullptr, 10));
     }
+    if (observer_ != nullptr)
+        observer_->groupOpened(name, priority, currentFiles_);
     validateMountGroup(name, priority);
     recordMountGroup(name, priority);
 }

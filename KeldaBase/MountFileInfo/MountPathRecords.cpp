@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include <Fen/Assert.h>
+#include <KeldaBase/LoadObserver.h>
 #include <KeldaUtil/MountFlags.h>
 #include <fmt/format.h>
 
@@ -34,10 +35,28 @@ void MountFileInfo::handleProfilePathLine(LineBuffer& buffer) {
     // Field 2, the type; field 3, the flags, is the rest of the line.
     *secondComma = '\0';
     auto const type = validateType(path, firstComma + 1);
-    if (!type)
+    if (!type) {
+        tellRefusedMountLine(path, firstComma + 1, secondComma + 1);
         return;
-    expandAliasInPath(path.data(), path.size());
+    }
+    if (observer_ == nullptr) [[likely]] {
+        expandAliasInPath(path.data(), path.size());
+    } else {
+        auto const written = path;
+        expandAliasInPath(path.data(), path.size());
+        observer_->mountLine({written.data(), firstComma + 1, secondComma + 1, path.data(),
+                              valueOf(type), false, inConditionalGroup_},
+                             currentFiles_);
+    }
     recordMountPath(path.data(), valueOf(type), secondComma + 1);
+}
+
+void MountFileInfo::tellRefusedMountLine(LineBuffer const& path, char const* type,
+                                         char const* flags) const {
+    if (observer_ != nullptr)
+        observer_->mountLine(
+            {path.data(), type, flags, path.data(), Rook::String(), true, inConditionalGroup_},
+            currentFiles_);
 }
 
 namespace {
@@ -127,10 +146,15 @@ void MountFileInfo::recordMountArgs(Rook::String const& path, MountArgs const& a
     }
     MFI_TRACE(9, "path {} {} {}", path, args.type, mountTableFlagsToString(args.flags));
     auto* const record = findRecord(path);
+    std::optional<MountArgs> before;
+    if (observer_ != nullptr && record != nullptr) [[unlikely]]
+        before = *record;
     if (record == nullptr)
         addRecord(path, args, targetPath, dynamic);
     else if (!mergeIntoRecord(path, *record, args, targetPath, mergeType))
         return;
+    if (observer_ != nullptr) [[unlikely]]
+        observer_->recordChanged(path, before ? &*before : nullptr, recordOf(path), currentFiles_);
     MFI_TRACE(9, "result flags {}", mountTableFlagsToString(recordOf(path).flags));
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include <KeldaBase/LoadObserver.h>
 #include <fmt/format.h>
 
 #include "../Text.h"
@@ -53,6 +54,8 @@ void MountFileInfo::handlePreinitPathLine(LineBuffer& buffer) {
         return;
     if (isConfig && !validateAndRecordPathConfigInfo(path.data(), attr))
         return;
+    if (observer_ != nullptr) [[unlikely]]
+        observer_->preinitLine({path.data(), firstComma + 1, attr, isConfig}, currentFiles_);
     wildcardPath(path);
     pathTypeMapIs(path.data(), firstComma + 1);
     if (attr != PreinitAttr::createOnMount)

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include <KeldaBase/LoadObserver.h>
 #include <fmt/format.h>
 
 #include "../Text.h"
@@ -21,6 +22,8 @@
 namespace Kelda {
 
 namespace {
+
+constexpr char const* activeMountKeyword = "activeMount";
 
 // A line without its blanks, and the same line with them.
 struct ProfileLine {
@@ -134,7 +137,9 @@ int MountFileInfo::handleProfileLine(LineBuffer& line, LineBuffer const& lineWit
         handleProfilePathLine(line);
         return 0;
     }
-    if (equalsIgnoringCase(line.data(), "activeMount")) {
+    if (equalsIgnoringCase(line.data(), activeMountKeyword)) {
+        if (observer_ != nullptr)
+            observer_->keywordLine(activeMountKeyword, line.data(), currentFiles_);
         handleActiveMountLine();
         return 0;
     }
@@ -148,8 +153,11 @@ int MountFileInfo::handleProfileLine(LineBuffer& line, LineBuffer const& lineWit
     }
     auto const* const keyword = std::ranges::find_if(
         keywordLines, [&](KeywordLine const& candidate) { return candidate.matches(line); });
-    if (keyword != std::end(keywordLines))
+    if (keyword != std::end(keywordLines)) {
+        if (observer_ != nullptr)
+            observer_->keywordLine(keyword->keyword, line.data(), currentFiles_);
         return keyword->handle(*this, {line, lineWithBlanks});
+    }
     reportAndTrace(fmt::format("syntax error: '{}'", line.data()));
     return 0;
 }

@@ -18,6 +18,9 @@
 
 namespace Kelda {
 
+class LoadObserver;
+enum class SkipReason : std::uint8_t;
+
 /// One instance reads a directory of preinit files (which paths exist, with types and attributes)
 /// and a directory of mount profiles (which agent mounts which path with which flags), keeps what
 /// it learnt, and answers queries about it.
@@ -260,6 +263,12 @@ class KELDABASE_API MountFileInfo {
     bool defaultPreinitsLoaded() const { return defaultPreinitsLoaded_; }
     /// The directory of KELDA_EXTRA_PROFILE_PATH; empty when it was not set.
     Rook::String const& extraProfileDir() const { return extraProfileDir_; }
+
+    /// From now on this observer is told of everything that is read; null for none, as at first.
+    /// It is the caller's and must live as long as it is attached.
+    void loadObserverIs(LoadObserver* observer) { observer_ = observer; }
+    /// The observer; null for none.
+    LoadObserver* loadObserver() const { return observer_; }
 
     /// @}
 
@@ -677,6 +686,7 @@ class KELDABASE_API MountFileInfo {
     mutable std::vector<MfiException> exceptions_; ///< exceptions()
     DynFileLoadCheck profileFileCheck_;            ///< of the type "KeldaMountProfiles"
     DynFileLoadCheck preinitFileCheck_;            ///< of the type "preinit"
+    LoadObserver* observer_ = nullptr;             ///< loadObserver()
 
     /// Empties everything that loading filled, as unDoInit does, whether initialised or not.
     void releaseLoadedData();
@@ -702,8 +712,11 @@ class KELDABASE_API MountFileInfo {
                                                  std::vector<char const*> const& names);
     KELDABASE_LOCAL std::optional<int> loadDirectoryFile(DirectoryScan const& scan,
                                                          char const* name);
-    KELDABASE_LOCAL int loadOpenFile(FILE* file, Rook::String const& name, FileLoader loader);
+    KELDABASE_LOCAL int loadOpenFile(FILE* file, Rook::String const& directory,
+                                     Rook::String const& name, FileLoader loader);
     KELDABASE_LOCAL bool passesFilters(DirectoryScan const& scan, char const* name) const;
+    KELDABASE_LOCAL std::optional<SkipReason> reasonToSkip(DirectoryScan const& scan,
+                                                           std::string const& name) const;
     KELDABASE_LOCAL void noteInclude(char const* name);
     KELDABASE_LOCAL int loadConfigMountProfile();
     KELDABASE_LOCAL bool loadExtraPreinits(char const* list, bool& namesDefault);
@@ -713,6 +726,8 @@ class KELDABASE_API MountFileInfo {
 
     // Profiles
     KELDABASE_LOCAL int handleProfileLine(LineBuffer& line, LineBuffer const& lineWithBlanks);
+    KELDABASE_LOCAL void tellRefusedMountLine(LineBuffer const& path, char const* type,
+                                              char const* flags) const;
     KELDABASE_LOCAL void finishProfile(int profiles);
     KELDABASE_LOCAL void fileProfileUnderAgent();
     KELDABASE_LOCAL Rook::String evaluateList(Rook::String const& expression);
