@@ -16,6 +16,8 @@ void LoadObserver::recordChanged(Rook::String const& /*path*/, MountArgs const* 
 void LoadObserver::flagsInherited(Rook::String const& /*path*/, Rook::String const& /*parent*/,
                                   Fen::MountTable::Flags /*before*/,
                                   Fen::MountTable::Flags /*after*/) {}
+void LoadObserver::tokenBound(Rook::String const& /*token*/, Rook::String const& /*value*/,
+                              Places /*places*/) {}
 void LoadObserver::aliasDefined(Rook::String const& /*name*/, std::string_view /*expression*/,
                                 Rook::String const& /*value*/, Places /*places*/) {}
 void LoadObserver::aliasUsed(Rook::String const& /*name*/, Rook::String const& /*value*/,

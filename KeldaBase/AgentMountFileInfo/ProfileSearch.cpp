@@ -2,15 +2,8 @@
 // "-Active-" variant of an agent takes only profiles that say so.
 #include <KeldaBase/AgentMountFileInfo.h>
 
-#include <cctype>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 
-#include <fmt/format.h>
-
-#include "../MountFileInfo/PhysicalLine.h"
-#include "../Text.h"
 #include "../Tracing.h"
 
 namespace Kelda {
@@ -18,20 +11,6 @@ namespace Kelda {
 namespace {
 
 constexpr std::string_view activeInfix = "-Active-";
-constexpr std::string_view matchActiveNameKeyword = "matchActiveName";
-
-// Whether a line that is still to be read begins with the keyword.
-bool saysMatchActiveName(FILE* file) {
-    LineBuffer line;
-    while (readPhysicalLine(file, line) < ReadResult::end) {
-        char const* text = line.data();
-        while (std::isspace(static_cast<unsigned char>(*text)) != 0)
-            ++text;
-        if (startsWithIgnoringCase(text, matchActiveNameKeyword))
-            return true;
-    }
-    return false;
-}
 
 } // namespace
 
@@ -79,13 +58,7 @@ bool AgentMountFileInfo::passesOverActiveAgent(FILE* file, char const* agentName
     bool const hasConsumingToken = std::strchr(agentName, '$') != nullptr;
     if (!isActiveVariant && !hasConsumingToken)
         return false;
-    bool const saysSo = looksAheadForMatchActiveName(file);
-    if (saysSo && hasConsumingToken)
-        reportAndTrace(fmt::format(
-            "Profile '{}' contains 'matchActiveName' keyword but the agentName line contains '$' "
-            "(consuming token). The 'matchActiveName' keyword is incompatible with consuming "
-            "tokens in the agentName line.",
-            currentFileName()));
+    bool const saysSo = findMatchActiveName(file, hasConsumingToken);
     if (saysSo || !isActiveVariant)
         return false;
     MFI_TRACE(1,
@@ -93,22 +66,6 @@ bool AgentMountFileInfo::passesOverActiveAgent(FILE* file, char const* agentName
               "keyword. Skipping.",
               agentString_, agentName);
     return true;
-}
-
-bool AgentMountFileInfo::looksAheadForMatchActiveName(FILE* file) {
-    auto const position = std::ftell(file);
-    if (position < 0) {
-        reportAndTrace(fmt::format("Cannot look ahead in file {}: {}", currentFileName(),
-                                   std::strerror(errno)));
-        return false;
-    }
-    bool const found = saysMatchActiveName(file);
-    // A read error is met again, and reported, when the file is loaded.
-    std::clearerr(file);
-    if (std::fseek(file, position, SEEK_SET) != 0)
-        reportAndTrace(fmt::format("Cannot look ahead in file {}: {}", currentFileName(),
-                                   std::strerror(errno)));
-    return found;
 }
 
 } // namespace Kelda

@@ -136,7 +136,7 @@ void MountFileInfo::recordAgentNameTokenAlias(Rook::String token, Rook::String v
     perFileAliasesPushBack(token, value);
     titleTemplatesPushBack(token);
     if (observer_ != nullptr)
-        observer_->aliasDefined(token, "", value, currentFiles_);
+        observer_->tokenBound(token, value, currentFiles_);
 }
 
 void MountFileInfo::titleTemplatesPushBack(Rook::String const& key) {

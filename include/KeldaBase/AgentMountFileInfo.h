@@ -121,7 +121,6 @@ class KELDABASE_API AgentMountFileInfo : public MountFileInfo {
     KELDABASE_LOCAL Rook::String const& agentStringForAliases() const;
     KELDABASE_LOCAL Rook::String nameToMatch();
     KELDABASE_LOCAL bool passesOverActiveAgent(FILE* file, char const* agentName);
-    KELDABASE_LOCAL bool looksAheadForMatchActiveName(FILE* file);
 
     bool loadUnderWay_ = false;
 };

@@ -79,8 +79,10 @@ class KELDABASE_API LoadObserver {
     virtual void flagsInherited(Rook::String const& path, Rook::String const& parent,
                                 Fen::MountTable::Flags before, Fen::MountTable::Flags after);
 
-    /// An alias was defined: by a line, or as a token of the agent's name, which has no expression.
-    /// Told after the faults of the expression.
+    /// A token of the agent's name became an alias of the file; see
+    /// MountFileInfo::recordAgentNameTokenAlias.
+    virtual void tokenBound(Rook::String const& token, Rook::String const& value, Places places);
+    /// An alias line was handled. Told after the faults of its expression.
     virtual void aliasDefined(Rook::String const& name, std::string_view expression,
                               Rook::String const& value, Places places);
     /// An alias of a file was looked up and found. `name` is in lower case.

@@ -483,6 +483,13 @@ class KELDABASE_API MountFileInfo {
     /// comment, and returns the name inside `buffer`, without blanks. Null when that line is no
     /// agent-name line or holds a NUL character; only a file that cannot be read is reported.
     char* getAgentNameFromProfile(FILE* file, LineBuffer& buffer);
+    /// Looks ahead in an open profile, behind its agent-name line, for a line that begins with
+    /// "matchActiveName", and goes back to where the file stood. With `hasConsumingToken`, a "$" in
+    /// the agent name, reports a keyword that is found as "Profile '%s' contains 'matchActiveName'
+    /// keyword but the agentName line contains '$' (consuming token). The 'matchActiveName' keyword
+    /// is incompatible with consuming tokens in the agentName line.". A file that cannot be read
+    /// twice is reported as "Cannot look ahead in file %s: %s".
+    bool findMatchActiveName(FILE* file, bool hasConsumingToken) const;
     /// How the name of a profile, literal or with "-%" tokens, matches an agent string.
     static AgentNameMatch matchAgentName(Rook::String const& profileAgentName,
                                          Rook::String const& agentString);
@@ -725,6 +732,7 @@ class KELDABASE_API MountFileInfo {
                                             PreinitAttr newAttr) const;
 
     // Profiles
+    KELDABASE_LOCAL bool looksAheadForMatchActiveName(FILE* file) const;
     KELDABASE_LOCAL int handleProfileLine(LineBuffer& line, LineBuffer const& lineWithBlanks);
     KELDABASE_LOCAL void tellRefusedMountLine(LineBuffer const& path, char const* type,
                                               char const* flags) const;

@@ -7,12 +7,17 @@
 
 #include <fmt/format.h>
 
+#include "AgentsCommand.h"
+#include "CheckCommand.h"
 #include "CompletionCommand.h"
 #include "ConfigCommand.h"
+#include "ExplainCommand.h"
 #include "HelpFormatter.h"
 #include "MountsCommand.h"
 #include "PreinitCommand.h"
 #include "Text.h"
+#include "TreeCommand.h"
+#include "WhoCommand.h"
 
 namespace KeldaTool {
 namespace {
@@ -52,6 +57,11 @@ class CommandLine {
         add(std::make_unique<MountsCommand>());
         add(std::make_unique<PreinitCommand>());
         add(std::make_unique<ConfigCommand>());
+        add(std::make_unique<CheckCommand>());
+        add(std::make_unique<ExplainCommand>());
+        add(std::make_unique<WhoCommand>());
+        add(std::make_unique<AgentsCommand>());
+        add(std::make_unique<TreeCommand>());
         add(std::make_unique<CompletionCommand>());
     }
 

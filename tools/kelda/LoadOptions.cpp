@@ -7,9 +7,6 @@
 namespace KeldaTool {
 namespace {
 
-constexpr char const* defaultPreinitDir = "/usr/lib64/preinit";
-constexpr char const* defaultProfileDir = "/usr/lib64/KeldaMountProfiles";
-
 // An empty name is refused: the library would take it for the default folder.
 void addDirectoryOption(CLI::App& command, char const* name, std::string& directory,
                         char const* defaultDir, char const* description) {

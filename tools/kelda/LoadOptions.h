@@ -9,6 +9,9 @@ class App;
 
 namespace KeldaTool {
 
+inline constexpr char const* defaultPreinitDir = "/usr/lib64/preinit";
+inline constexpr char const* defaultProfileDir = "/usr/lib64/KeldaMountProfiles";
+
 enum class Format { table, json };
 
 void addPreinitOption(CLI::App& command, std::string& directory);

@@ -1,0 +1,35 @@
+#include "DeviceOptions.h"
+
+#include <CLI/CLI.hpp>
+
+#include "LoadOptions.h"
+#include "Progress.h"
+#include "Values.h"
+
+namespace KeldaTool {
+
+void DeviceOptions::addTo(CLI::App& command) {
+    addPreinitOption(command, preinitDir_);
+    addProfilesOption(command, profileDir_);
+    auto* const root = command.add_option(
+        "--root", root_, "Device image, below which the default folders are looked for");
+    root->type_name("DIR");
+    mustNotBeEmpty(*root);
+}
+
+std::string DeviceOptions::preinitDir() const {
+    return preinitDir_ == defaultPreinitDir ? root_ + preinitDir_ : preinitDir_;
+}
+
+std::string DeviceOptions::profileDir() const {
+    return profileDir_ == defaultProfileDir ? root_ + profileDir_ : profileDir_;
+}
+
+std::unique_ptr<KeldaDatabase::DatabaseMountFileInfo> DeviceOptions::parser() const {
+    auto parser =
+        std::make_unique<KeldaDatabase::DatabaseMountFileInfo>(preinitDir(), profileDir());
+    parser->progressIs(progressOnTerminal("files read"));
+    return parser;
+}
+
+} // namespace KeldaTool

@@ -1,0 +1,34 @@
+// The options that say which device a command looks at.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "database/DatabaseMountFileInfo.h"
+
+namespace CLI {
+class App;
+}
+
+namespace KeldaTool {
+
+class DeviceOptions {
+  public:
+    /// Adds --preinit, --profiles and --root.
+    void addTo(CLI::App& command);
+
+    /// The folders: as given, or the default ones below the root.
+    std::string preinitDir() const;
+    std::string profileDir() const;
+
+    /// A parser of everything in these folders; nothing is read yet. It shows its progress on
+    /// standard error, if that is a terminal, once reading takes longer than a second.
+    std::unique_ptr<KeldaDatabase::DatabaseMountFileInfo> parser() const;
+
+  private:
+    std::string preinitDir_;
+    std::string profileDir_;
+    std::string root_;
+};
+
+} // namespace KeldaTool

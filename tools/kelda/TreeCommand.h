@@ -1,0 +1,18 @@
+// kelda tree: show the tree of paths.
+#pragma once
+
+#include "Command.h"
+#include "DeviceOptions.h"
+
+namespace KeldaTool {
+
+class TreeCommand : public Command {
+  public:
+    CLI::App& addTo(CLI::App& program) override;
+    Report run(bool colour) const override;
+
+  private:
+    DeviceOptions device_;
+};
+
+} // namespace KeldaTool

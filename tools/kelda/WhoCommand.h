@@ -1,0 +1,18 @@
+// kelda who: say which agents mount a path.
+#pragma once
+
+#include "Command.h"
+#include "DeviceOptions.h"
+
+namespace KeldaTool {
+
+class WhoCommand : public Command {
+  public:
+    CLI::App& addTo(CLI::App& program) override;
+    Report run(bool colour) const override;
+
+  private:
+    DeviceOptions device_;
+};
+
+} // namespace KeldaTool
