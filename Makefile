@@ -6,7 +6,7 @@ JOBS ?= 2
 CMAKE_FLAGS ?=
 
 build_packages := g++ make cmake ninja-build libfmt-dev libcli11-dev nlohmann-json3-dev scdoc
-test_packages := libgtest-dev libgmock-dev librapidcheck-dev zsh bash-completion
+test_packages := libgtest-dev libgmock-dev librapidcheck-dev python3-jsonschema zsh bash-completion
 # CPack asks `file` what is a program; man-db and pkgconf are for the checks of what is installed.
 package_packages := dpkg-dev file man-db pkgconf
 bench_packages := libbenchmark-dev

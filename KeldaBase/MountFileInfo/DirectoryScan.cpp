@@ -44,6 +44,21 @@ class OpenFileRecord {
     std::size_t depth_;
 };
 
+// Tells an observer that the file on top of the stack is closed, however its loader ends.
+template <class Stack>
+class ClosingNotice {
+  public:
+    ClosingNotice(LoadObserver& observer, Stack const& files)
+        : observer_(observer), files_(files) {}
+    ~ClosingNotice() { observer_.fileClosed(files_); }
+    ClosingNotice(ClosingNotice const&) = delete;
+    ClosingNotice& operator=(ClosingNotice const&) = delete;
+
+  private:
+    LoadObserver& observer_;
+    Stack const& files_;
+};
+
 } // namespace
 
 // What one call of mapDir is about.
@@ -135,9 +150,8 @@ int MountFileInfo::loadOpenFile(FILE* file, Rook::String const& directory, Rook:
     if (observer_ == nullptr) [[likely]]
         return (this->*loader)(file);
     observer_->fileOpened(directory, currentFiles_);
-    auto const count = (this->*loader)(file);
-    observer_->fileClosed(currentFiles_);
-    return count;
+    ClosingNotice const notice(*observer_, currentFiles_);
+    return (this->*loader)(file);
 }
 
 // Remembers, while an include line is being served, that the current profile includes the file.

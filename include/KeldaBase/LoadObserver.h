@@ -58,7 +58,7 @@ class KELDABASE_API LoadObserver {
     /// as the parser was given it; empty for a file of KELDA_EXTRA_PREINIT_PATH, which is named
     /// with its path.
     virtual void fileOpened(Rook::String const& directory, Places places);
-    /// The last file of `places` was read to its end or is given up.
+    /// The last file of `places` was read to its end, or a fault ended the load.
     virtual void fileClosed(Places places);
     /// A file of a directory is not read.
     virtual void fileSkipped(Rook::String const& directory, std::string_view name,

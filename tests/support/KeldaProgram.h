@@ -77,6 +77,12 @@ class KeldaProgram {
         closed_ = std::move(descriptors);
         return *this;
     }
+    // What stands on standard input; otherwise the test's own is there.
+    KeldaProgram& readingText(std::string text) {
+        input_ = std::move(text);
+        readsInput_ = true;
+        return *this;
+    }
     // A file to write standard output to; it is then not in the outcome.
     KeldaProgram& writingTo(std::string const& file) {
         outputFile_ = file;
@@ -156,6 +162,8 @@ class KeldaProgram {
             setenv(name.c_str(), value.c_str(), 1);
         if (!folder_.empty() && chdir(folder_.c_str()) != 0)
             _exit(126);
+        if (readsInput_)
+            provideInput();
         for (int const descriptor : closed_)
             close(descriptor);
         words.insert(words.begin(), "kelda");
@@ -165,6 +173,15 @@ class KeldaProgram {
         arguments.push_back(nullptr);
         execv(KELDA_PROGRAM, arguments.data());
         _exit(127);
+    }
+
+    // A file without a name takes texts of any size.
+    void provideInput() const {
+        int const file = open("/tmp", O_RDWR | O_TMPFILE | O_CLOEXEC, 0600);
+        auto const length = static_cast<ssize_t>(input_.size());
+        if (file < 0 || write(file, input_.data(), input_.size()) != length ||
+            lseek(file, 0, SEEK_SET) != 0 || dup2(file, STDIN_FILENO) < 0)
+            _exit(126);
     }
 
     static std::string readTerminal(int terminal) {
@@ -194,6 +211,8 @@ class KeldaProgram {
     std::vector<int> closed_;
     std::string folder_;
     std::string outputFile_;
+    std::string input_;
+    bool readsInput_ = false;
 };
 
 // The options that name a device's folders.

@@ -34,6 +34,11 @@ INSTANTIATE_TEST_SUITE_P(
                     HelpCall{{"mounts", "--format", "json", "--help"}, "help-mounts.txt"},
                     HelpCall{{"preinit", "--help"}, "help-preinit.txt"},
                     HelpCall{{"config", "--help"}, "help-config.txt"},
+                    HelpCall{{"check", "--help"}, "help-check.txt"},
+                    HelpCall{{"explain", "--help"}, "help-explain.txt"},
+                    HelpCall{{"who", "--help"}, "help-who.txt"},
+                    HelpCall{{"agents", "--help"}, "help-agents.txt"},
+                    HelpCall{{"tree", "--help"}, "help-tree.txt"},
                     HelpCall{{"completion", "--help"}, "help-completion.txt"},
                     HelpCall{{"completion", "bash", "-h"}, "help-completion.txt"}));
 

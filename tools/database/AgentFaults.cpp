@@ -8,7 +8,7 @@
 
 #include <KeldaBase/MountFileInfo.h>
 
-#include "Rules.h"
+#include "database/findings/Rules.h"
 
 namespace KeldaDatabase {
 namespace {
@@ -42,20 +42,23 @@ bool isBelow(std::string_view path, std::string_view ancestor) {
 }
 
 // The paths of another type than a directory's that have instantiating mounts below them, and those
-// mounts: the agents with active mounts make a directory of every such ancestor.
-Paths pathsThatBecomeDirectories(Kelda::MountArgsMap const& records) {
+// mounts: the agents with active mounts make a directory of every such ancestor. The record of a
+// path of several types holds the first type only, and the flags of its lines: such a path may be
+// either of the two.
+Paths pathsThatBecomeDirectories(Kelda::MountArgsMap const& records, Paths const& ofSeveralTypes) {
     Paths paths;
     std::vector<Rook::String const*> candidates; // each begins with the one before it
     for (auto const& [path, args] : records) {
         while (!candidates.empty() && !path.startsWith(*candidates.back()))
             candidates.pop_back();
-        if (args.flags.instantiatingMount())
+        bool const isAnything = !ofSeveralTypes.empty() && ofSeveralTypes.contains(path);
+        if (isAnything || args.flags.instantiatingMount())
             for (auto const* const candidate : candidates)
                 if (isBelow(path.view(), candidate->view())) {
                     paths.insert(*candidate);
                     paths.insert(path);
                 }
-        if (args.type.view() != directoryType)
+        if (isAnything || args.type.view() != directoryType)
             candidates.push_back(&path);
     }
     return paths;
@@ -72,7 +75,7 @@ struct DecisiveLines {
         });
         auto paths = pathsOfSeveralTypes(device);
         if (anyActiveMount)
-            paths.merge(pathsThatBecomeDirectories(records));
+            paths.merge(pathsThatBecomeDirectories(records, paths));
         if (paths.empty())
             return;
         for (std::size_t i = 0; i < device.mounts.size(); ++i)
@@ -170,13 +173,38 @@ class Replay : public Kelda::MountFileInfo {
         allProfilesLoaded_ = true;
         place_ = Place();
         moment_ = none;
-        auto const known = faults_.size();
+        auto const known = static_cast<std::ptrdiff_t>(faults_.size());
         recordIntermediatePaths();
-        for (auto fault = faults_.begin() + static_cast<std::ptrdiff_t>(known);
-             fault != faults_.end(); ++fault)
-            for (auto const& [path, place] : firstMounts_)
-                if (fault->exception.msg.find("'" + path + "'") != Rook::String::npos)
-                    fault->causes.push_back(place);
+        std::set<Rook::String> told; // each is met once for each mount below the path
+        faults_.erase(std::remove_if(faults_.begin() + known, faults_.end(),
+                                     [&](Fault const& fault) {
+                                         return !told.insert(fault.exception.msg).second;
+                                     }),
+                      faults_.end());
+        for (auto fault = faults_.begin() + known; fault != faults_.end(); ++fault)
+            fault->causes = linesAt(pathOf(fault->exception.msg.view()));
+    }
+
+    // Of "... types don't match for path 'PATH': 'TYPE'  'TYPE'".
+    static Rook::String pathOf(std::string_view message) {
+        auto const begin = message.find('\'') + 1; // of "don't"
+        auto const path = message.substr(message.find('\'', begin) + 1);
+        return path.substr(0, path.find("': '"));
+    }
+
+    // The line that mounts a path, and one that makes a directory of it.
+    std::vector<Place> linesAt(Rook::String const& path) const {
+        std::vector<Place> places;
+        if (auto const mount = firstMounts_.find(path); mount != firstMounts_.end())
+            places.push_back(mount->second);
+        auto const below = path + "/";
+        for (auto mount = firstMounts_.lower_bound(below);
+             mount != firstMounts_.end() && mount->first.startsWith(below); ++mount)
+            if (pathMountArgsMap_.at(mount->first).flags.instantiatingMount()) {
+                places.push_back(mount->second);
+                break;
+            }
+        return places;
     }
 
     void standAt(Place const& place, Moment moment) {
@@ -217,9 +245,10 @@ bool needsReplay(Device const& device, Agent const& agent, DecisiveLines const& 
     return active && condition;
 }
 
-// One fault for each line and kind, with all agents that meet it.
+// One fault for each time that a line was read, and kind, with all agents that meet it. Faults
+// without a line stay apart: each agent meets them in an order of its own.
 std::vector<Fault> onceForEachLine(std::vector<Fault> faults) {
-    std::map<std::tuple<FileId, std::int32_t, std::string>, std::size_t> known;
+    std::map<std::tuple<Moment, std::uint32_t, std::string>, std::size_t> known;
     std::vector<Fault> distinct;
     for (auto& fault : faults) {
         auto const rule = ruleOfMessage(fault.exception.msg.view());
@@ -227,8 +256,8 @@ std::vector<Fault> onceForEachLine(std::vector<Fault> faults) {
         auto const what = rule == RuleId::conditionWithActiveMount
                               ? std::string()
                               : std::string(fault.exception.msg.view());
-        auto const [entry, added] =
-            known.try_emplace({fault.place.file, fault.place.line, what}, distinct.size());
+        auto const agent = fault.place.isKnown() ? none : fault.agents.front();
+        auto const [entry, added] = known.try_emplace({fault.moment, agent, what}, distinct.size());
         if (added)
             distinct.push_back(std::move(fault));
         else if (auto& agents = distinct[entry->second].agents;

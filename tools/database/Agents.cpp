@@ -52,14 +52,12 @@ class ProfileIndex {
     std::map<Rook::String, std::vector<ProfileId>> byPrefix_;
 };
 
-// The name with "*" for each of its tokens.
+// The name with "*" for each of its tokens, also for a single one that has no name ("Fan-%").
 Rook::String withAnyValues(Rook::String const& agentName) {
-    std::string text;
-    bool isFirst = true;
-    for (auto const& piece : Kelda::MountFileInfo::tokenize(agentName, "-%")) {
-        text += isFirst ? std::string(piece.view()) : "-*";
-        isFirst = false;
-    }
+    auto const pieces = Kelda::MountFileInfo::tokenize(agentName, "-%");
+    std::string text(pieces.front().view());
+    for (std::size_t token = 1; token < std::max<std::size_t>(pieces.size(), 2); ++token)
+        text += "-*";
     return text;
 }
 
@@ -71,8 +69,11 @@ class AgentList {
                 defaultGroups_.push_back(id);
         for (auto const& [name, profiles] : index_.byName())
             add(profiles, name);
-        for (auto const& [prefix, profiles] : index_.byPrefix())
-            add(profiles, mostTokens(profiles));
+        for (auto const& [prefix, profiles] : index_.byPrefix()) {
+            // "X-Active-%slot" finds no agent string with a value, but "X-Active".
+            auto const withValues = mostTokens(profiles);
+            add(profiles, hasInfix(withValues) ? prefix : withValues);
+        }
     }
 
     std::vector<Agent> take() {
@@ -84,6 +85,10 @@ class AgentList {
     }
 
   private:
+    static bool hasInfix(Rook::String const& agentString) {
+        return agentString.find(activeInfix) != Rook::String::npos;
+    }
+
     // The agent string of profiles with the same prefix has a value for every token.
     Rook::String mostTokens(std::vector<ProfileId> const& profiles) const {
         Rook::String longest;
@@ -97,7 +102,7 @@ class AgentList {
 
     void add(std::vector<ProfileId> const& named, Rook::String const& agentString) {
         // Such a string is looked up without its infix, and never finds a name that has it.
-        if (agentString.find(activeInfix) != Rook::String::npos)
+        if (hasInfix(agentString))
             return;
         Agent agent{device_.profiles[named.front()].agentName, agentString, false,
                     index_.matching(agentString)};

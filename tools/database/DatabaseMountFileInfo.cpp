@@ -8,8 +8,8 @@
 
 #include "AgentFaults.h"
 #include "Agents.h"
-#include "FaultFindings.h"
-#include "StaticChecks.h"
+#include "database/checks/StaticChecks.h"
+#include "database/findings/FaultFindings.h"
 
 namespace KeldaDatabase {
 namespace {
@@ -103,8 +103,9 @@ int DatabaseMountFileInfo::loadProfile(FILE* file) {
         return 0;
     beginProfile(Profile::Kind::agent);
     bindTokens(agentName);
-    if (std::string_view(agentName).find('$') != std::string_view::npos)
-        findMatchActiveName(file, true);
+    // As an agent's own parser finds the keyword: it need not be one to whoever reads the lines.
+    bool const takesRest = std::string_view(agentName).find('$') != std::string_view::npos;
+    device_.profiles.back().saysMatchActiveName = findMatchActiveName(file, takesRest);
     perFileAliasesPushBack("%agentString", anyValue);
     auto const profiles = profileLoader(file);
     recorder_.profileEnds();

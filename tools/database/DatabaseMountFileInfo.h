@@ -12,8 +12,8 @@
 #include <KeldaBase/MountFileInfo.h>
 
 #include "Device.h"
-#include "Finding.h"
 #include "LoadRecorder.h"
+#include "database/findings/Finding.h"
 
 namespace KeldaDatabase {
 

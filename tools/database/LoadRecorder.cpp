@@ -147,7 +147,6 @@ void LoadRecorder::keywordLine(std::string_view keyword, std::string_view line,
     if (profile_ == none)
         return;
     auto& profile = device_.profiles[profile_];
-    profile.saysMatchActiveName = profile.saysMatchActiveName || keyword == "matchActiveName";
     profile.saysNoDefaultMountGroup =
         profile.saysNoDefaultMountGroup || keyword == "noDefaultMountGroup";
 }

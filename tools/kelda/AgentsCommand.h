@@ -1,8 +1,9 @@
-// kelda agents: list the agents.
+// kelda agents: the agents that the profiles name.
 #pragma once
 
 #include "Command.h"
 #include "DeviceOptions.h"
+#include "LoadOptions.h"
 
 namespace KeldaTool {
 
@@ -13,6 +14,7 @@ class AgentsCommand : public Command {
 
   private:
     DeviceOptions device_;
+    Format format_ = Format::table;
 };
 
 } // namespace KeldaTool

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "database/Device.h"
-#include "database/Finding.h"
+#include "database/findings/Finding.h"
 
 namespace KeldaTool {
 

@@ -23,14 +23,15 @@ namespace KeldaTool {
 namespace {
 
 constexpr char const* description =
-    "Ask what preinit files declare and what mount profiles give to agents.";
+    "Ask what preinit files declare and what mount profiles give to agents, and check them.";
 
 constexpr char const* footer =
     "Results go to standard output, everything else to standard error.\n"
     "\n"
     "Exit status:\n"
     "  0  success\n"
-    "  1  a file could not be loaded, or a result could not be written\n"
+    "  1  a file could not be loaded, a check found errors, what was asked for is not there,\n"
+    "     or a result could not be written\n"
     "  2  wrong call\n"
     "\n"
     "Environment:\n"
@@ -41,6 +42,8 @@ constexpr char const* footer =
     "\n"
     "Examples:\n"
     "  kelda mounts FanTray-2 --preinit ./preinit --profiles ./profiles\n"
+    "  kelda check --preinit ./preinit --profiles ./profiles\n"
+    "  kelda who sys/clock --flag w\n"
     "  source <(kelda completion bash)\n"
     "\n"
     "'kelda COMMAND --help' explains a command.";
@@ -67,7 +70,8 @@ class CommandLine {
 
     Report run(int argc, char const* const* argv, bool colour) {
         try {
-            program_.parse(reversedWords({argv + std::min(argc, 1), argv + argc}));
+            words_.assign(argv + std::min(argc, 1), argv + argc);
+            program_.parse(reversedWords(words_));
         } catch (CLI::CallForHelp const&) {
             return {program_.help(), "", ExitStatus::success};
         } catch (CLI::CallForVersion const& call) {
@@ -137,10 +141,13 @@ class CommandLine {
 
     Report wrongCall(std::string const& what) const {
         auto const name = named() == nullptr ? "kelda" : "kelda " + named()->words->get_name();
-        return {"", fmt::format("{}: {}\nTry '{} --help'.\n", name, printable(what), name),
+        auto const results =
+            named() == nullptr ? "" : named()->command->wrongCallResults(words_, what);
+        return {results, fmt::format("{}: {}\nTry '{} --help'.\n", name, printable(what), name),
                 ExitStatus::wrongCall};
     }
 
+    std::vector<std::string> words_; // of the call
     CLI::App program_;
     std::vector<Entry> commands_;
 };

@@ -26,8 +26,12 @@ std::string DeviceOptions::profileDir() const {
 }
 
 std::unique_ptr<KeldaDatabase::DatabaseMountFileInfo> DeviceOptions::parser() const {
-    auto parser =
-        std::make_unique<KeldaDatabase::DatabaseMountFileInfo>(preinitDir(), profileDir());
+    return parserOf(preinitDir(), profileDir());
+}
+
+std::unique_ptr<KeldaDatabase::DatabaseMountFileInfo>
+DeviceOptions::parserOf(std::string const& preinitDir, std::string const& profileDir) {
+    auto parser = std::make_unique<KeldaDatabase::DatabaseMountFileInfo>(preinitDir, profileDir);
     parser->progressIs(progressOnTerminal("files read"));
     return parser;
 }

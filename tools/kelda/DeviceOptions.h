@@ -24,6 +24,9 @@ class DeviceOptions {
     /// A parser of everything in these folders; nothing is read yet. It shows its progress on
     /// standard error, if that is a terminal, once reading takes longer than a second.
     std::unique_ptr<KeldaDatabase::DatabaseMountFileInfo> parser() const;
+    /// The same for other folders than those of the options.
+    static std::unique_ptr<KeldaDatabase::DatabaseMountFileInfo>
+    parserOf(std::string const& preinitDir, std::string const& profileDir);
 
   private:
     std::string preinitDir_;

@@ -1,8 +1,12 @@
 // kelda explain: say where a mount comes from.
 #pragma once
 
+#include <string>
+
 #include "Command.h"
 #include "DeviceOptions.h"
+#include "ExplainAnswer.h"
+#include "LoadOptions.h"
 
 namespace KeldaTool {
 
@@ -12,6 +16,11 @@ class ExplainCommand : public Command {
     Report run(bool colour) const override;
 
   private:
+    Report explainPath() const;
+
+    ExplainQuestion question_;
+    std::string rule_;
+    Format format_ = Format::table;
     DeviceOptions device_;
 };
 

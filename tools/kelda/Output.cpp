@@ -59,10 +59,14 @@ void prepareStandardStreams() {
             open("/dev/null", wrongWay[static_cast<std::size_t>(descriptor)]);
 }
 
+bool outputIsTerminal() {
+    return isatty(STDOUT_FILENO) == 1;
+}
+
 bool colourIsWelcome() {
     char const* const noColour = std::getenv("NO_COLOR");
     char const* const terminal = std::getenv("TERM");
-    return isatty(STDOUT_FILENO) == 1 && (noColour == nullptr || *noColour == '\0') &&
+    return outputIsTerminal() && (noColour == nullptr || *noColour == '\0') &&
            (terminal == nullptr || std::strcmp(terminal, "dumb") != 0);
 }
 

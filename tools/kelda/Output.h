@@ -11,6 +11,9 @@ namespace KeldaTool {
 /// stream that was closed, and that a reader who went away is an error and not the end.
 void prepareStandardStreams();
 
+/// Whether standard output is a terminal.
+bool outputIsTerminal();
+
 /// Whether tables may be coloured: standard output is a terminal that can, and NO_COLOR is not set
 /// or empty.
 bool colourIsWelcome();

@@ -1,8 +1,12 @@
-// kelda tree: show the tree of paths.
+// kelda tree: the tree of paths.
 #pragma once
+
+#include <cstddef>
+#include <string>
 
 #include "Command.h"
 #include "DeviceOptions.h"
+#include "LoadOptions.h"
 
 namespace KeldaTool {
 
@@ -12,7 +16,10 @@ class TreeCommand : public Command {
     Report run(bool colour) const override;
 
   private:
+    std::string prefix_;
+    std::size_t depth_ = 0;
     DeviceOptions device_;
+    Format format_ = Format::table;
 };
 
 } // namespace KeldaTool

@@ -6,6 +6,8 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "database/findings/Rules.h"
+
 namespace KeldaTool {
 namespace {
 
@@ -39,6 +41,16 @@ void mustBeOneOf(CLI::Option& option, std::vector<std::string> const& words) {
     };
     option.check(CLI::Validator(refuseOthers, ""))
         ->type_name(fmt::format("{}", fmt::join(words, "|")));
+}
+
+void mustBeRule(CLI::Option& option) {
+    auto const refuseOthers = [](std::string const& value) {
+        return KeldaDatabase::ruleNamed(value) != nullptr
+                   ? std::string()
+                   : fmt::format("there is no rule '{}'; 'kelda explain --rule list' shows all",
+                                 value);
+    };
+    option.check(CLI::Validator(refuseOthers, ""));
 }
 
 void mustBeRelativePath(CLI::Option& option) {

@@ -16,6 +16,9 @@ void mustNotBeEmpty(CLI::Option& option);
 /// One of these words. Its help and its completion show them.
 void mustBeOneOf(CLI::Option& option, std::vector<std::string> const& words);
 
+/// The name of a rule of kelda check.
+void mustBeRule(CLI::Option& option);
+
 /// A path of the database, told from its root on.
 void mustBeRelativePath(CLI::Option& option);
 

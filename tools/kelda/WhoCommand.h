@@ -1,8 +1,10 @@
-// kelda who: say which agents mount a path.
+// kelda who: which agents mount a path.
 #pragma once
 
 #include "Command.h"
 #include "DeviceOptions.h"
+#include "LoadOptions.h"
+#include "WhoAnswer.h"
 
 namespace KeldaTool {
 
@@ -13,6 +15,8 @@ class WhoCommand : public Command {
 
   private:
     DeviceOptions device_;
+    WhoQuestion question_;
+    Format format_ = Format::table;
 };
 
 } // namespace KeldaTool

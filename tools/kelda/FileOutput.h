@@ -1,0 +1,16 @@
+// Files that the program writes.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace KeldaTool {
+
+/// Writes a whole file: readers see the old one or the new one, never a piece. Throws
+/// std::runtime_error, which says what went wrong.
+void writeWholeFile(std::string const& path, std::string_view text);
+
+/// Everything that can be read from standard input. Throws std::runtime_error.
+std::string readStandardInput();
+
+} // namespace KeldaTool
