@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <benchmark/benchmark.h>
+#include <fmt/format.h>
 
 #include "BenchmarkParts.h"
 #include "GeneratedDevice.h"
@@ -101,9 +102,9 @@ std::int64_t residentBytes() {
 
 // Runs this program again for one step of a device.
 MemoryFigures measure(Step const& step, Directories const& directories) {
-    auto const command = "'" + std::filesystem::read_symlink("/proc/self/exe").string() + "' " +
-                         std::string(request) + " " + std::string(step.name) + " '" +
-                         directories.preinit + "' '" + directories.profiles + "'";
+    auto const command = fmt::format("'{}' {} {} '{}' '{}'",
+                                     std::filesystem::read_symlink("/proc/self/exe").string(),
+                                     request, step.name, directories.preinit, directories.profiles);
     std::unique_ptr<FILE, int (*)(FILE*)> output(popen(command.c_str(), "r"), &pclose);
     long long heap = 0;
     unsigned long long allocations = 0;

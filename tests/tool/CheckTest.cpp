@@ -171,6 +171,47 @@ TEST_F(Check, TellsOnlyWhatTheBaselineDoesNotHave) {
     EXPECT_EQ(stale["inBaseline"], 1);
 }
 
+TEST_F(Check, DoesNotTakeWhatItIsQuietAboutForStale) {
+    check({"--write-baseline", "known.json"});
+    auto const outcome = check({"--baseline", "known.json", "-q"});
+    EXPECT_EQ(outcome.out, "no findings in 1 profile and 1 preinit file, 3 in the baseline\n");
+}
+
+TEST_F(Check, WritesABaselineThroughALinkAndKeepsItsPermissions) {
+    auto const folder = device_.directory().path();
+    device_.directory().write("real.json", "old");
+    std::filesystem::permissions(folder / "real.json", std::filesystem::perms::owner_all);
+    std::filesystem::create_symlink("real.json", folder / "link.json");
+    check({"--write-baseline", "link.json"});
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.json"));
+    EXPECT_THAT(fileNamed("real.json"), HasSubstr("schemaVersion"));
+    EXPECT_EQ(std::filesystem::status(folder / "real.json").permissions(),
+              std::filesystem::perms::owner_all);
+}
+
+TEST_F(Check, SaysThatAFileThatCannotBeOpenedHidesThoseBehindIt) {
+    std::filesystem::create_symlink("nowhere", device_.directory() / "preinit/A");
+    auto const outcome = check({"-q"});
+    EXPECT_EQ(outcome.out, "kelda: error: Cannot openat file A in preinit [file-unreadable]\n"
+                           "  hint: the files behind it in this folder are not read\n"
+                           "\n"
+                           "1 error in 1 profile and 0 preinit files\n");
+    EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(Check, NamesFilesWithoutDetours) {
+    auto const outcome = program().run({"check", "--preinit", "./preinit/", "--profiles",
+                                        "./profiles//", "--format", "concise", "-q"});
+    EXPECT_EQ(outcome.out, error);
+}
+
+TEST_F(Check, TakesAFileBesideItsNewText) {
+    auto const words =
+        call({"-", "profiles/A", "--stdin-filename", "profiles/A", "--format", "concise"});
+    EXPECT_EQ(program().readingText("agentName: A\na/b,T,qw\na/c,T,w\n").run(words).out,
+              "profiles/A:2:7: error: Encountered unknown mount flag q [flag-unknown]\n");
+}
+
 TEST_F(Check, ReadsAFileThatStandsOnStandardInput) {
     auto const words = call({"-", "--stdin-filename", "profiles/A", "--format", "concise"});
     EXPECT_EQ(program().readingText("agentName: A\na/b,T,qw\na/c,T,w\n").run(words).out,
@@ -225,6 +266,8 @@ TEST_F(Check, SaysWhatIsWrongWithACall) {
              {{"--preinit", "nowhere"}, "Cannot open directory nowhere\n"},
              {{"--baseline", "a", "--write-baseline", "b"},
               "--baseline excludes --write-baseline" + tryHelp},
+             {{"--write-baseline", "b", "-q"}, "--write-baseline excludes --quiet" + tryHelp},
+             {{"--write-baseline", "b", "profiles/A"}, "FILE excludes --write-baseline" + tryHelp},
              {{"--write-baseline", "nowhere/b"},
               "cannot write nowhere/b: No such file or directory\n"}}) {
         auto const call = words.front() == "--preinit"

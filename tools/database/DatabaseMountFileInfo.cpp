@@ -206,7 +206,19 @@ std::vector<Finding> const& DatabaseMountFileInfo::findings() {
         auto more = staticFindings(device_);
         std::move(more.begin(), more.end(), std::back_inserter(findings_));
     }
+    if (!added_.empty())
+        // Profiles that were not loaded may well mount and write what those that were do not.
+        std::erase_if(findings_, [](Finding const& finding) {
+            return finding.rule == RuleId::preinitNeverMounted ||
+                   finding.rule == RuleId::readNeverWritten;
+        });
     return findings_;
+}
+
+std::vector<Finding> DatabaseMountFileInfo::takeFindings() {
+    findings();
+    findingsAreMade_ = false;
+    return std::exchange(findings_, {});
 }
 
 Rook::String DatabaseMountFileInfo::evaluateAliasValue(Rook::String const& token) {

@@ -62,6 +62,8 @@ class DatabaseMountFileInfo : public Kelda::MountFileInfo {
     /// Query: what is wrong, each once, in the order of the places found: faults without those that
     /// follow from another fault of their line and, with staticCheckIs, what the checks find.
     std::vector<Finding> const& findings();
+    /// The same for whoever wants to keep them; a further call finds them anew.
+    std::vector<Finding> takeFindings();
 
     // What the parser asks its flavours.
     Rook::String evaluateAliasValue(Rook::String const& token) override;

@@ -38,9 +38,8 @@ void LoadRecorder::fileClosed(Kelda::Places /*places*/) {
 
 void LoadRecorder::fileSkipped(Rook::String const& directory, std::string_view name,
                                Kelda::SkipReason reason) {
-    for (auto const& known : device_.skipped)
-        if (known.directory == directory.view() && known.name == name)
-            return;
+    if (!skipped_.emplace(directory, name).second)
+        return;
     device_.skipped.push_back({std::string(directory.view()), std::string(name), reason});
 }
 

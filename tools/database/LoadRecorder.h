@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <set>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -65,6 +66,7 @@ class LoadRecorder : public Kelda::LoadObserver {
     std::size_t opened_ = 0;
     FileFamily family_ = FileFamily::preinit;
     std::map<std::pair<Rook::String, Rook::String>, FileId> known_;
+    std::set<std::pair<Rook::String, Rook::String>> skipped_;
     std::vector<FileId> open_; // the open files, as the parser's stack has them
     ProfileId profile_ = none;
     GroupId group_ = none;

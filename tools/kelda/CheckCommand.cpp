@@ -1,6 +1,7 @@
 #include "CheckCommand.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
@@ -41,7 +42,7 @@ constexpr char const* description =
     "\n"
     "'kelda explain --rule NAME' explains a finding. A comment '# kelda: allow "
     "NAME: why' allows\n"
-    "it on its line, or on the line below when it stands alone.";
+    "it on its line or, when it stands alone, on the next line that is no comment.";
 
 constexpr char const* footer = "Exit status:\n"
                                "  0  No finding of severity error.\n"
@@ -86,9 +87,12 @@ CLI::App& CheckCommand::addTo(CLI::App& program) {
     auto* const newBaseline = command.add_option("--write-baseline", writeBaseline_,
                                                  "Write the findings to this file, for --baseline");
     mustNotBeEmpty(*newBaseline->type_name("FILE"));
-    baseline->excludes(newBaseline);
     command.add_flag("-v,--verbose", verbose_, "List the files read, and those skipped with why");
-    command.add_flag("-q,--quiet", quiet_, "Tell errors only");
+    auto* const quiet = command.add_flag("-q,--quiet", quiet_, "Tell errors only");
+    // A baseline holds all findings, or it would forget some that it had.
+    newBaseline->excludes(baseline)->excludes(files)->excludes(quiet);
+    for (char const* const rules : {"--select", "--ignore"})
+        newBaseline->excludes(command.get_option(rules));
     device_.addTo(command);
     command.footer(footer);
     return command;
@@ -130,7 +134,11 @@ CheckCommand::Input CheckCommand::input() const {
         return input;
     input.overlay = std::make_unique<StdinOverlay>(input.preinitDir, input.profileDir,
                                                    stdinFilename_, readStandardInput());
-    std::erase(input.files, standardInput);
+    // The file itself may be named beside its new text.
+    std::erase_if(input.files, [this](std::string const& file) {
+        std::error_code ignored;
+        return file == standardInput || std::filesystem::equivalent(file, stdinFilename_, ignored);
+    });
     input.files.insert(input.files.end(), input.overlay->files().begin(),
                        input.overlay->files().end());
     input.preinitDir = input.overlay->preinitDir();
@@ -167,6 +175,10 @@ Report CheckCommand::checkDevice(bool colour) const {
             auto const* const rule = KeldaDatabase::ruleNamed(entry.rule);
             return files_.empty() && (rule == nullptr || selection_.holds(rule->id));
         });
+    if (quiet_)
+        std::erase_if(result.findings, [](CheckedFinding const& finding) {
+            return finding.severity != Severity::error;
+        });
     return reportOf(result, colour);
 }
 
@@ -186,7 +198,7 @@ CheckResult CheckCommand::resultOf(KeldaDatabase::DatabaseMountFileInfo& parser,
     if (auto const problem = files.problem(device))
         throw std::runtime_error(input.nameOf(*problem));
     auto const left =
-        KeldaDatabase::suppress(device, parser.findings(), [this](KeldaDatabase::RuleId rule) {
+        KeldaDatabase::suppress(device, parser.takeFindings(), [this](KeldaDatabase::RuleId rule) {
             return selection_.holds(rule);
         });
     CheckResolution resolution(device,
@@ -198,15 +210,19 @@ CheckResult CheckCommand::resultOf(KeldaDatabase::DatabaseMountFileInfo& parser,
         result.filesSkipped.clear();
     }
     for (auto const& finding : left.findings) {
-        if (!selection_.holds(finding.rule) || !files.hold(finding.place.file))
+        auto const severity = severityOf(finding);
+        if (!selection_.holds(finding.rule) || !files.hold(finding.place.file) ||
+            (quiet_ && severity != Severity::error && baseline_.empty()))
             continue;
-        auto checked = resolution.resolved(finding);
-        if (warningsAreErrors_ && checked.severity == Severity::warning)
-            checked.severity = Severity::error;
-        if (!quiet_ || checked.severity == Severity::error)
-            result.findings.push_back(std::move(checked));
+        result.findings.push_back(resolution.resolved(finding));
+        result.findings.back().severity = severity;
     }
     return result;
+}
+
+Severity CheckCommand::severityOf(KeldaDatabase::Finding const& finding) const {
+    return warningsAreErrors_ && finding.severity == Severity::warning ? Severity::error
+                                                                       : finding.severity;
 }
 
 Report CheckCommand::reportOf(CheckResult const& result, bool colour) const {

@@ -25,6 +25,7 @@ class CheckCommand : public Command {
     Report checkDevice(bool colour) const;
     Report reportOf(CheckResult const& result, bool colour) const;
     CheckResult resultOf(KeldaDatabase::DatabaseMountFileInfo& parser, Input const& input) const;
+    KeldaDatabase::Severity severityOf(KeldaDatabase::Finding const& finding) const;
     Report keep(CheckResult const& result) const;
     Report failure(std::string const& what) const;
 

@@ -1,6 +1,7 @@
 #include "CheckResolution.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace KeldaTool {
 namespace {
@@ -23,14 +24,23 @@ std::string reasonOf(Kelda::SkipReason reason) {
 
 } // namespace
 
+// Without "./" and double slashes, which services do not recognise.
+std::string CheckResolution::shownPath(std::string const& path) const {
+    return std::filesystem::path(nameOfFile_(path)).lexically_normal().string();
+}
+
 SourcePlace CheckResolution::placeOf(Place const& place, Subject const& subject) {
     if (!place.isKnown())
         return {};
+    // Enough for the files of neighbouring findings; all of a large device would take much room.
+    constexpr std::size_t mostTexts = 256;
+    if (texts_.size() >= mostTexts)
+        texts_.clear();
     auto const path = device_.pathOf(place);
     auto const& text = texts_.of(path);
     auto const spot = text.spotOf(place.line, subject);
     auto const line = std::max(1, spot.line);
-    return {nameOfFile_(path), line, spot.column, spot.width, std::string(text.line(line))};
+    return {shownPath(path), line, spot.column, spot.width, std::string(text.line(line))};
 }
 
 IncludedFrom CheckResolution::includedFrom(IncludeId include) {
@@ -43,8 +53,8 @@ CheckedFinding CheckResolution::resolved(Finding const& finding) {
     checked.rule = &ruleOf(finding.rule);
     checked.severity = finding.severity;
     checked.place = placeOf(finding.place, finding.subject);
-    checked.message = finding.message;
-    checked.hint = finding.hint;
+    checked.message = nameOfFile_(finding.message);
+    checked.hint = nameOfFile_(finding.hint);
     checked.agents = finding.agents;
     checked.reportedLine = finding.place.line;
     for (auto const include : finding.includes)
@@ -58,11 +68,11 @@ CheckResult CheckResolution::emptyResult() const {
     CheckResult result;
     for (auto const& file : device_.files) {
         ++(file.family == FileFamily::preinit ? result.preinitFiles : result.profiles);
-        result.filesRead.push_back(nameOfFile_(file.path()));
+        result.filesRead.push_back(shownPath(file.path()));
     }
     for (auto const& skipped : device_.skipped)
         result.filesSkipped.push_back(
-            {nameOfFile_(skipped.directory + "/" + skipped.name), reasonOf(skipped.reason)});
+            {shownPath(skipped.directory + "/" + skipped.name), reasonOf(skipped.reason)});
     return result;
 }
 

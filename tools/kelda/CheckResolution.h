@@ -11,7 +11,7 @@
 
 namespace KeldaTool {
 
-/// What a file that was read is called where it is told.
+/// What a path of a file that was read is where it is told; also for texts with such paths.
 using NameOfFile = std::function<std::string(std::string const& path)>;
 
 class CheckResolution {
@@ -25,6 +25,7 @@ class CheckResolution {
     CheckResult emptyResult() const;
 
   private:
+    std::string shownPath(std::string const& path) const;
     SourcePlace placeOf(KeldaDatabase::Place const& place, KeldaDatabase::Subject const& subject);
     IncludedFrom includedFrom(KeldaDatabase::IncludeId include);
 

@@ -11,6 +11,8 @@ namespace KeldaTool {
 void DeviceOptions::addTo(CLI::App& command) {
     addPreinitOption(command, preinitDir_);
     addProfilesOption(command, profileDir_);
+    preinitOption_ = command.get_option("--preinit");
+    profilesOption_ = command.get_option("--profiles");
     auto* const root = command.add_option(
         "--root", root_, "Device image, below which the default folders are looked for");
     root->type_name("DIR");
@@ -18,11 +20,11 @@ void DeviceOptions::addTo(CLI::App& command) {
 }
 
 std::string DeviceOptions::preinitDir() const {
-    return preinitDir_ == defaultPreinitDir ? root_ + preinitDir_ : preinitDir_;
+    return preinitOption_->count() == 0 ? root_ + preinitDir_ : preinitDir_;
 }
 
 std::string DeviceOptions::profileDir() const {
-    return profileDir_ == defaultProfileDir ? root_ + profileDir_ : profileDir_;
+    return profilesOption_->count() == 0 ? root_ + profileDir_ : profileDir_;
 }
 
 std::unique_ptr<KeldaDatabase::DatabaseMountFileInfo> DeviceOptions::parser() const {

@@ -8,7 +8,8 @@
 
 namespace CLI {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace KeldaTool {
 
@@ -32,6 +33,8 @@ class DeviceOptions {
     std::string preinitDir_;
     std::string profileDir_;
     std::string root_;
+    CLI::Option const* preinitOption_ = nullptr; ///< the command's
+    CLI::Option const* profilesOption_ = nullptr;
 };
 
 } // namespace KeldaTool

@@ -1,5 +1,6 @@
 #include "ExplainAnswer.h"
 
+#include "FaultNote.h"
 #include "UnreadableFolder.h"
 #include "database/paths/PathDeclarations.h"
 
@@ -29,6 +30,7 @@ ExplainAnswer askExplain(DeviceOptions const& options, ExplainQuestion const& qu
     answer.unreadable = unreadableFolder(device).value_or("");
     if (!answer.unreadable.empty())
         return answer;
+    answer.note = faultNote(*parser);
     AskedPath const asked(question.path);
     PlaceReader places(device);
     DeviceLines lines(device, parser->predefinedAliases(), places);

@@ -29,6 +29,9 @@ struct ExplainAnswer {
     /// What the agent meets while it loads; it ends at the first.
     std::vector<KeldaDatabase::StoryFault> faults;
 
+    /// A word on faults in the files; see faultNote.
+    std::string note;
+
     /// Why a folder cannot be read; the rest is empty then.
     std::string unreadable;
 

@@ -106,7 +106,7 @@ Report ExplainCommand::explainPath() const {
     }
     bool const isAnswered = answer.isKnown() && answer.faults.empty();
     return {format_ == Format::json ? documentText(explainDocument(answer)) : explainText(answer),
-            "", isAnswered ? ExitStatus::success : ExitStatus::failure};
+            answer.note, isAnswered ? ExitStatus::success : ExitStatus::failure};
 }
 
 } // namespace KeldaTool

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
 
 #include <fcntl.h>
@@ -54,22 +55,42 @@ mode_t usualMode() {
     return 0666 & ~mask;
 }
 
-} // namespace
+// Writes into what is there: a pipe, a terminal, a device.
+bool writeInto(std::string const& path, std::string_view text) {
+    Descriptor const file(open(path.c_str(), O_WRONLY | O_CLOEXEC));
+    return file.number() != -1 && writeAll(file.number(), text);
+}
 
-void writeWholeFile(std::string const& path, std::string_view text) {
+// Puts a new file in the place of the old one.
+bool replaceFile(std::string const& path, std::string_view text, mode_t mode) {
     auto temporary = path + ".XXXXXX";
     Descriptor const file(mkstemp(temporary.data()));
     if (file.number() == -1)
-        fail("write", path);
-    bool const isWritten = writeAll(file.number(), text) &&
-                           fchmod(file.number(), usualMode()) == 0 && fsync(file.number()) == 0 &&
-                           std::rename(temporary.c_str(), path.c_str()) == 0;
-    if (isWritten)
-        return;
+        return false;
+    if (writeAll(file.number(), text) && fchmod(file.number(), mode) == 0 &&
+        fsync(file.number()) == 0 && std::rename(temporary.c_str(), path.c_str()) == 0)
+        return true;
     int const error = errno;
     unlink(temporary.c_str());
     errno = error;
-    fail("write", path);
+    return false;
+}
+
+} // namespace
+
+void writeWholeFile(std::string const& path, std::string_view text) {
+    // Links stay; what they lead to is written.
+    std::error_code ignored;
+    auto const resolved = std::filesystem::canonical(path, ignored).string();
+    auto const target = ignored ? path : resolved;
+    struct stat status {};
+    bool const exists = stat(target.c_str(), &status) == 0;
+    bool const isWritten =
+        exists && !S_ISREG(status.st_mode)
+            ? writeInto(target, text)
+            : replaceFile(target, text, exists ? status.st_mode & 07777 : usualMode());
+    if (!isWritten)
+        fail("write", path);
 }
 
 std::string readStandardInput() {

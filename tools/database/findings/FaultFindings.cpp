@@ -96,6 +96,12 @@ Rook::String declaredPath(std::string_view line) {
     return Kelda::MountFileInfo::wildcardPath(Rook::String(path));
 }
 
+// After a file that cannot be opened no further one of its folder is read.
+bool cutsFolderShort(Fault const& fault) {
+    return fault.exception.msg.startsWith("Cannot openat file ") ||
+           fault.exception.msg.startsWith("Cannot fdopen file ");
+}
+
 class FindingsOfFaults {
   public:
     explicit FindingsOfFaults(Device const& device) : device_(device), hints_(device) {
@@ -103,6 +109,10 @@ class FindingsOfFaults {
             if (!device.agents[agent].isActiveVariant)
                 for (auto const profile : device.agents[agent].profiles)
                     agentsOfProfile_[profile].push_back(agent);
+        preinitsAreIncomplete_ = std::ranges::any_of(device.faults, [&](Fault const& fault) {
+            return cutsFolderShort(fault) &&
+                   fault.exception.msg.endsWith(" in " + device_.preinitDirectory);
+        });
     }
 
     std::vector<Finding> take() {
@@ -175,6 +185,8 @@ class FindingsOfFaults {
         while (finding.message.ends_with('\n'))
             finding.message.pop_back();
         finding.hint = hints_.of(rule, fault);
+        if (cutsFolderShort(fault))
+            finding.hint = "the files behind it in this folder are not read";
         finding.agents = namesOf(fault);
         for (auto const& cause : fault.causes)
             finding.related.push_back({cause, "in conflict with this line"});
@@ -265,9 +277,10 @@ class FindingsOfFaults {
 
     // A path without a type because the line that was to declare it is a finding itself.
     bool isOfRefusedPreinit(Fault const& fault) {
-        if (refusedPreinits_.empty() ||
-            ruleOfMessage(fault.exception.msg.view()) != RuleId::pathWithoutType)
+        if (ruleOfMessage(fault.exception.msg.view()) != RuleId::pathWithoutType)
             return false;
+        if (preinitsAreIncomplete_)
+            return true;
         Rook::String const path(quoted(fault.exception.msg.view()));
         auto const refused = refusedPreinits_.find(Kelda::MountFileInfo::wildcardPath(path));
         if (refused == refusedPreinits_.end())
@@ -286,6 +299,7 @@ class FindingsOfFaults {
     std::map<FindingKey, std::size_t> known_;
     std::map<LineKey, Spoilt> spoilt_;
     std::map<Rook::String, std::size_t> refusedPreinits_;
+    bool preinitsAreIncomplete_ = false; // so that nobody knows which paths have a type
     std::vector<Finding> findings_;
 };
 

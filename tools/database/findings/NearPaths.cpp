@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <KeldaBase/MountFileInfo.h>
+#include <fmt/format.h>
 
 #include "Spelling.h"
 
@@ -109,8 +110,8 @@ std::string NearPaths::withTokens(std::string const& path) const {
     auto const names = namesOf(path);
     if (names.size() > mostNames)
         return {};
-    auto const withToken = [](std::string text, std::pair<std::size_t, std::size_t> name) {
-        return text.replace(name.first, name.second - name.first, "*");
+    auto const withToken = [](std::string_view text, std::pair<std::size_t, std::size_t> name) {
+        return fmt::format("{}*{}", text.substr(0, name.first), text.substr(name.second));
     };
     // From the back, so that what stands in front keeps its place.
     for (auto last = names.size(); last-- > 0;) {

@@ -34,8 +34,8 @@ over. What a file is does not show in its text, so there is no example.)",
 files and folders, separated by ":". An entry that cannot be read stops the
 agent, and what is listed behind it is not read.
 
-Correct the list. A ":" too many in it makes an empty entry, which is a
-fault as well. The fault lies in the environment and not in a file, so there
+Correct the list. A ":" too many, other than at its end, makes an empty entry,
+which is a fault as well. The fault lies in the environment and not in a file, so there
 is no example.)",
      "", ""},
     {RuleId::commentContinued, "comment-continued", Severity::error,

@@ -114,6 +114,9 @@ class SourceText {
 class SourceTexts {
   public:
     SourceText const& of(std::string const& path);
+    std::size_t size() const { return texts_.size(); }
+    /// Forgets the files; references to them are gone.
+    void clear() { texts_.clear(); }
 
   private:
     std::map<std::string, SourceText> texts_;

@@ -70,7 +70,7 @@ StoryAlias DeviceLines::told(std::string const& token, Mount const& mount) {
             definition->isToken ? StoryAlias::Origin::token : StoryAlias::Origin::aliasLine;
         alias.place = places_.told(definition->place);
     } else if (lowerCase(token) == "%agentstring") {
-        alias.value = "*";
+        alias.value.assign(1, '*');
         alias.origin = StoryAlias::Origin::agentString;
     } else if (auto const found = everyProfile_.find(Rook::String(lowerCase(token)));
                found != everyProfile_.end()) {

@@ -1,8 +1,10 @@
 #include "NearMounts.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <tuple>
+#include <utility>
 
 #include <KeldaBase/MountFileInfo.h>
 #include <fmt/format.h>
@@ -25,6 +27,8 @@ class Search {
         for (auto const& agent : device.agents)
             for (auto const profile : agent.profiles)
                 agentsOfProfile_[profile].push_back(&agent);
+        for (auto const& fault : device.faults)
+            faults_.emplace(std::pair(fault.place.file, fault.place.line), &fault);
     }
 
     std::vector<NearLine> take() {
@@ -153,11 +157,14 @@ class Search {
 
     // Why a line is refused; empty where it is not.
     std::string faultOf(Mount const& mount) const {
-        for (auto const& fault : device_.faults)
+        auto const [first, last] = faults_.equal_range({mount.place.file, mount.place.line});
+        for (auto at = first; at != last; ++at) {
+            auto const& fault = *at->second;
             if (fault.place == mount.place && fault.profile == mount.profile &&
                 (mount.isRefused ||
                  ruleOfMessage(fault.exception.msg.view()) == RuleId::typesDiffer))
                 return std::string(fault.exception.msg.view());
+        }
         return {};
     }
 
@@ -281,6 +288,7 @@ class Search {
     DeviceLines& lines_;
     PlaceReader& places_;
     std::vector<std::vector<Agent const*>> agentsOfProfile_;
+    std::multimap<std::pair<FileId, std::int32_t>, Fault const*> faults_; // by line
     std::set<std::tuple<std::string, std::int32_t, int>> known_;
     std::vector<NearLine> near_;
 };
