@@ -8,8 +8,8 @@
 
 #include <KeldaUtil/MountFlags.h>
 
-#include "database/paths/AgentMounts.h"
 #include "database/DatabaseMountFileInfo.h"
+#include "database/paths/AgentMounts.h"
 #include "support/CleanEnvironment.h"
 #include "support/Device.h"
 
