@@ -32,10 +32,12 @@ bool matchesStars(std::string_view text, std::string_view pattern) {
     return text.ends_with(pattern);
 }
 
+constexpr std::uint32_t instantiating = 0x80000; // "y"
+
 // The flags of a text; without the instantiating one, which r and w imply, unless it says so.
 Flags lettersOf(std::string const& text) {
     auto const bits = KeldaUtil::parseMountTableFlags(text).bits();
-    return Flags(text.find('y') == std::string::npos ? bits & ~Flags::instantiatingBit : bits);
+    return Flags(text.find('y') == std::string::npos ? bits & ~instantiating : bits);
 }
 
 class Asking {
@@ -93,7 +95,7 @@ class Asking {
 } // namespace
 
 bool areFlagLetters(std::string const& letters) {
-    return !KeldaUtil::parseMountTableFlags(letters).isUnknownText();
+    return letters.find_first_not_of("rwcitfSDdOApKLnNECey") == std::string::npos;
 }
 
 WhoAnswer askWho(KeldaDatabase::Device const& device, WhoQuestion const& question) {

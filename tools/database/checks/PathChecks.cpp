@@ -46,7 +46,7 @@ class UnwrittenPaths {
                 isSettled(i))
                 continue;
             // A directory is written where something below it is.
-            if (mount.type != directoryType && !mayBeConfig(i))
+            if (mount.type.view() != directoryType && !mayBeConfig(i))
                 tell(i);
         }
         return findings_.take();
@@ -138,7 +138,7 @@ std::vector<Finding> preinitsNeverMounted(Device const& device, PathTree const& 
         auto const& declaration = device.preinits[i];
         // Directories are there for what is below them.
         if (last[node] != i || tree.accessOf(node) != 0 || tree.hasChildren(node) ||
-            declaration.type == directoryType)
+            declaration.type.view() == directoryType)
             continue;
         auto* const finding = findings.at(declaration.place);
         if (finding == nullptr)

@@ -12,7 +12,7 @@ Fen::MountTable::Flags flagOf(char const* letter) {
 }
 
 bool holds(Fen::MountTable::Flags flags, Fen::MountTable::Flags wanted) {
-    return !flags.isUnknownText() && (flags & wanted) == wanted;
+    return (flags & wanted) == wanted;
 }
 
 // The lines of one path, as one mount. Lines of another type are taken out of the list.
