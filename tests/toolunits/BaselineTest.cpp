@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "Baseline.h"
+#include "check/Baseline.h"
 #include "database/findings/Rules.h"
 #include "support/TemporaryDirectory.h"
 

@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-#include "CheckFormats.h"
 #include "CheckResults.h"
-#include "CheckTextParts.h"
+#include "check/CheckFormats.h"
+#include "check/CheckTextParts.h"
 
 namespace {
 

@@ -5,11 +5,11 @@
 
 #include <sstream>
 
-#include "CheckFormats.h"
 #include "CheckSamples.h"
 #include "JsonDocument.h"
 #include "JsonSchema.h"
 #include "Text.h"
+#include "check/CheckFormats.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ using support::sampleResult;
 using support::sourceFile;
 using testing::IsEmpty;
 
-constexpr char const* schemaFile = "tools/kelda/check.schema.json";
+constexpr char const* schemaFile = "tools/kelda/check/check.schema.json";
 
 std::string expected(std::string const& name) {
     return sourceFile("tests/toolunits/expected/" + name);

@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-#include "CheckFormats.h"
 #include "CheckResults.h"
 #include "XmlReader.h"
+#include "check/CheckFormats.h"
 
 namespace {
 

@@ -14,8 +14,8 @@
 
 #include <rapidcheck.h>
 
-#include "CheckResult.h"
 #include "Text.h"
+#include "check/CheckResult.h"
 #include "database/findings/Rules.h"
 
 namespace toolunits {

@@ -8,7 +8,7 @@
 
 #include <rapidcheck.h>
 
-#include "CheckResult.h"
+#include "check/CheckResult.h"
 
 namespace support {
 

@@ -6,11 +6,11 @@
 #include <set>
 #include <sstream>
 
-#include "CheckFormats.h"
 #include "CheckSamples.h"
 #include "JsonDocument.h"
 #include "JsonSchema.h"
 #include "Text.h"
+#include "check/CheckFormats.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-#include "CheckFormats.h"
 #include "CheckResults.h"
+#include "check/CheckFormats.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <sstream>
 #include <string>
 
-#include "RulePage.h"
 #include "Text.h"
+#include "explain/RulePage.h"
 
 namespace {
 

@@ -16,7 +16,7 @@ using testing::IsEmpty;
 using testing::Not;
 
 constexpr char const* sarifSchema = "tests/toolunits/data/sarif-schema-2.1.0.json";
-constexpr char const* checkSchema = "tools/kelda/check.schema.json";
+constexpr char const* checkSchema = "tools/kelda/check/check.schema.json";
 
 constexpr char const* finding = R"({
     "severity": "error", "rule": "flag-unknown", "file": "profiles/Fan", "line": 7, "column": 1,

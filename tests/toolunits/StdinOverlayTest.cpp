@@ -10,7 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "StdinOverlay.h"
+#include "check/StdinOverlay.h"
 #include "support/CleanEnvironment.h"
 #include "support/Device.h"
 #include "support/EnvironmentVariable.h"

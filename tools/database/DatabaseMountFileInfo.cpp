@@ -129,7 +129,8 @@ void DatabaseMountFileInfo::bindTokens(Rook::String const& agentName) {
     for (std::size_t i = 1; i < pieces.size(); ++i) {
         bool const takesRest = i + 1 == pieces.size() && pieces[i].endsWith("$");
         auto const token = pieces[i].substr(0, pieces[i].size() - (takesRest ? 1 : 0));
-        recordAgentNameTokenAlias("%" + token, anyValue, takesRest);
+        auto const value = numberedTokens_ ? fmt::format("%{}", i) : anyValue;
+        recordAgentNameTokenAlias("%" + token, value, takesRest);
     }
 }
 

@@ -43,6 +43,9 @@ class DatabaseMountFileInfo : public Kelda::MountFileInfo {
     /// Reads the default group file of agents on a standby, too: the name of the default group with
     /// "Standby" at its end.
     void setWaitForActiveReady() override;
+    /// Whether a token of an agent name stands for its number in the name, "%1", "%2" and so on, so
+    /// that paths tell which token is where. At first not: each stands for "*".
+    void numberedTokensIs(bool on) { numberedTokens_ = on; }
     /// Whether findings() holds what goes beyond the faults that loading records. At first not.
     void staticCheckIs(bool on) override;
 
@@ -84,6 +87,7 @@ class DatabaseMountFileInfo : public Kelda::MountFileInfo {
     bool forceNoDefaultMountGroup_ = false;
     bool waitForActiveReady_ = false;
     bool staticCheck_ = false;
+    bool numberedTokens_ = false;
     bool isLoading_ = false;
     Device device_;
     Progress progress_;

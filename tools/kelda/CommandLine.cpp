@@ -7,17 +7,21 @@
 
 #include <fmt/format.h>
 
-#include "AgentsCommand.h"
-#include "CheckCommand.h"
-#include "CompletionCommand.h"
-#include "ConfigCommand.h"
-#include "ExplainCommand.h"
 #include "HelpFormatter.h"
-#include "MountsCommand.h"
-#include "PreinitCommand.h"
 #include "Text.h"
-#include "TreeCommand.h"
-#include "WhoCommand.h"
+#include "agents/AgentsCommand.h"
+#include "check/CheckCommand.h"
+#include "completion/CompletionCommand.h"
+#include "diff/DiffCommand.h"
+#include "explain/ExplainCommand.h"
+#include "formatting/FmtCommand.h"
+#include "graph/GraphCommand.h"
+#include "mounts/MountsCommand.h"
+#include "preinit/ConfigCommand.h"
+#include "preinit/PreinitCommand.h"
+#include "report/ReportCommand.h"
+#include "tree/TreeCommand.h"
+#include "who/WhoCommand.h"
 
 namespace KeldaTool {
 namespace {
@@ -65,6 +69,10 @@ class CommandLine {
         add(std::make_unique<WhoCommand>());
         add(std::make_unique<AgentsCommand>());
         add(std::make_unique<TreeCommand>());
+        add(std::make_unique<DiffCommand>());
+        add(std::make_unique<FmtCommand>());
+        add(std::make_unique<ReportCommand>());
+        add(std::make_unique<GraphCommand>());
         add(std::make_unique<CompletionCommand>());
     }
 

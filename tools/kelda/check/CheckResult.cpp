@@ -1,0 +1,14 @@
+#include "check/CheckResult.h"
+
+#include <algorithm>
+
+namespace KeldaTool {
+
+std::size_t CheckResult::count(KeldaDatabase::Severity severity) const {
+    auto const isOfIt = [severity](CheckedFinding const& finding) {
+        return finding.severity == severity;
+    };
+    return static_cast<std::size_t>(std::count_if(findings.begin(), findings.end(), isOfIt));
+}
+
+} // namespace KeldaTool

@@ -1,0 +1,14 @@
+// kelda graph
+#pragma once
+
+#include "Command.h"
+
+namespace KeldaTool {
+
+class GraphCommand : public Command {
+  public:
+    CLI::App& addTo(CLI::App& program) override;
+    Report run(bool colour) const override;
+};
+
+} // namespace KeldaTool
