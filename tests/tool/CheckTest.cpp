@@ -121,6 +121,8 @@ TEST_F(Check, TellsOnlyWhatIsSelected) {
               error + note);
     EXPECT_EQ(check(concise + Words{"--ignore", "alias-unused,flag-unknown"}).out, warning);
     EXPECT_EQ(check(concise + Words{"--ignore", "flag-unknown"}).status, 0);
+    // A file may stand behind the rules.
+    EXPECT_EQ(check(concise + Words{"--select", "alias-unused", "profiles/A"}).out, note);
 }
 
 TEST_F(Check, TellsErrorsOnlyWhenItIsToBeQuiet) {

@@ -309,7 +309,7 @@ INSTANTIATE_TEST_SUITE_P(
         WrongCall{{"a", "--type", ""}, "kelda who: --type: must not be empty"},
         WrongCall{{"a", "--type"}, "kelda who: --type: 1 required TYPE missing"},
         WrongCall{{"a", "--format", "text"},
-                  "kelda who: --format: must be table or json, not 'text'"},
+                  "kelda who: --format: must be table, json or jsonl, not 'text'"},
         WrongCall{{"a", "--loud"}, "kelda who: unexpected argument '--loud'"}));
 
 // The mounts that kelda mounts tells of an agent, which reads the files as the agent does. Nothing

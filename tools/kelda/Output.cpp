@@ -41,9 +41,7 @@ int closeAfterWriting(int descriptor) noexcept {
     return close(descriptor) == 0 || errno == EINTR ? 0 : errno;
 }
 
-int writeResults(std::string_view text) noexcept {
-    if (text.empty())
-        return 0;
+int writeLastResults(std::string_view text) noexcept {
     int const error = writeAll(STDOUT_FILENO, text);
     return error != 0 ? error : closeAfterWriting(STDOUT_FILENO);
 }
@@ -70,13 +68,20 @@ bool colourIsWelcome() {
            (terminal == nullptr || std::strcmp(terminal, "dumb") != 0);
 }
 
+OutputLost::OutputLost(int error)
+    : what_(std::string("cannot write to standard output: ") + std::strerror(error)) {}
+
+void writeResultsNow(std::string_view results) {
+    if (int const error = writeAll(STDOUT_FILENO, results); error != 0)
+        throw OutputLost(error);
+}
+
 ExitStatus writeReport(Report const& report) {
-    int const error = writeResults(report.results);
+    int const error = writeLastResults(report.results);
     writeMessage(report.messages);
     if (error == 0)
         return report.status;
-    writeMessage(std::string("kelda: cannot write to standard output: ") + std::strerror(error) +
-                 "\n");
+    writeMessage(std::string("kelda: ") + OutputLost(error).what() + "\n");
     return ExitStatus::failure;
 }
 

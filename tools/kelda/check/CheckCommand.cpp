@@ -16,11 +16,13 @@
 #include "UnreadableFolder.h"
 #include "Values.h"
 #include "check/Baseline.h"
+#include "check/CheckBatch.h"
 #include "check/CheckFormats.h"
 #include "check/CheckResolution.h"
 #include "check/CheckedFiles.h"
 #include "check/StdinOverlay.h"
 #include "database/findings/Suppressions.h"
+#include "devices/DeviceTree.h"
 
 namespace KeldaTool {
 namespace {
@@ -42,19 +44,25 @@ constexpr char const* description =
     "\n"
     "'kelda explain --rule NAME' explains a finding. A comment '# kelda: allow "
     "NAME: why' allows\n"
-    "it on its line or, when it stands alone, on the next line that is no comment.";
+    "it on its line or, when it stands alone, on the next line that is no comment.\n"
+    "\n"
+    "--device and --devices check many devices. A device is a folder with 'preinit' and "
+    "'profiles'\n"
+    "in it, or an image with the default folders below it.";
 
 constexpr char const* footer = "Exit status:\n"
                                "  0  No finding of severity error.\n"
                                "  1  There are errors, or the findings could not be written.\n"
                                "  2  The call was wrong, or a folder or FILE could not be read.\n"
+                               "Of many devices the worst counts: 2, then 1, then 0.\n"
                                "\n"
                                "Examples:\n"
                                "  kelda check --preinit ./preinit --profiles ./profiles\n"
                                "  kelda check --root ./image --format sarif > kelda.sarif\n"
                                "  kelda check --write-baseline known.json; kelda check --baseline "
                                "known.json\n"
-                               "  kelda check - --stdin-filename profiles/FanTray < buffer";
+                               "  kelda check - --stdin-filename profiles/FanTray < buffer\n"
+                               "  kelda check --devices images.txt --format jsonl > found.jsonl";
 
 using Formatter = std::string (*)(CheckResult const&);
 std::map<std::string, Formatter> const formatters = {
@@ -94,6 +102,11 @@ CLI::App& CheckCommand::addTo(CLI::App& program) {
     for (char const* const rules : {"--select", "--ignore"})
         newBaseline->excludes(command.get_option(rules));
     device_.addTo(command);
+    batch_.addTo(command, "Check the device in this folder; repeatable");
+    // These are about the files of one device.
+    for (char const* const devices : {"--device", "--devices"})
+        for (auto* const single : {files, name, baseline, newBaseline})
+            command.get_option(devices)->excludes(single);
     command.footer(footer);
     return command;
 }
@@ -153,7 +166,7 @@ Report CheckCommand::run(bool colour) const {
     if (!readsInput && !stdinFilename_.empty())
         return failure("--stdin-filename needs '-'");
     try {
-        return checkDevice(colour);
+        return batch_.isGiven() ? checkEach(colour) : checkDevice(colour);
     } catch (std::runtime_error const& error) {
         return failure(error.what());
     }
@@ -175,11 +188,37 @@ Report CheckCommand::checkDevice(bool colour) const {
             auto const* const rule = KeldaDatabase::ruleNamed(entry.rule);
             return files_.empty() && (rule == nullptr || selection_.holds(rule->id));
         });
+    leaveOutIfQuiet(result);
+    return reportOf(result, colour);
+}
+
+Report CheckCommand::checkEach(bool colour) const {
+    CheckBatch batch(format_, {colour, outputIsTerminal()});
+    return askEachCounted(
+        batch_,
+        [this, &batch](std::string const& device) {
+            return batch.answerOf(device, resultOfDevice(device));
+        },
+        batch.around(), [&batch](BatchTotals const& totals) { return batch.end(totals); });
+}
+
+// Without a display of progress: that is of all devices.
+CheckResult CheckCommand::resultOfDevice(std::string const& device) const {
+    auto const folders = foldersOf(device);
+    KeldaDatabase::DatabaseMountFileInfo parser(folders.preinitDir, folders.profileDir);
+    parser.staticCheckIs(true);
+    if (auto const what = unreadableFolder(parser.device()))
+        throw std::runtime_error(*what);
+    auto result = resultOf(parser, {folders.preinitDir, folders.profileDir, {}, nullptr});
+    leaveOutIfQuiet(result);
+    return result;
+}
+
+void CheckCommand::leaveOutIfQuiet(CheckResult& result) const {
     if (quiet_)
         std::erase_if(result.findings, [](CheckedFinding const& finding) {
             return finding.severity != Severity::error;
         });
-    return reportOf(result, colour);
 }
 
 Report CheckCommand::keep(CheckResult const& result) const {

@@ -1,4 +1,4 @@
-// kelda check: everything that is wrong in the files of a device.
+// kelda check: everything that is wrong in the files of a device, or of many.
 #pragma once
 
 #include <string>
@@ -8,6 +8,7 @@
 #include "DeviceOptions.h"
 #include "check/CheckResult.h"
 #include "check/CheckSelection.h"
+#include "devices/DeviceBatch.h"
 
 namespace KeldaTool {
 
@@ -23,13 +24,17 @@ class CheckCommand : public Command {
     struct Input;
     Input input() const;
     Report checkDevice(bool colour) const;
+    Report checkEach(bool colour) const;
+    CheckResult resultOfDevice(std::string const& device) const;
     Report reportOf(CheckResult const& result, bool colour) const;
     CheckResult resultOf(KeldaDatabase::DatabaseMountFileInfo& parser, Input const& input) const;
     KeldaDatabase::Severity severityOf(KeldaDatabase::Finding const& finding) const;
+    void leaveOutIfQuiet(CheckResult& result) const;
     Report keep(CheckResult const& result) const;
     Report failure(std::string const& what) const;
 
     DeviceOptions device_;
+    BatchOptions batch_;
     std::vector<std::string> files_;
     std::string format_ = "text";
     CheckSelection selection_;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "check/CheckResult.h"
 
@@ -18,6 +19,9 @@ struct TextStyle {
     bool showSource = false;
 };
 std::string checkText(CheckResult const& result, TextStyle const& style);
+/// The same below a line that names the device.
+std::string checkTextOfDevice(std::string const& device, CheckResult const& result,
+                              TextStyle const& style);
 
 /// One line for each finding, as compilers write them: FILE:LINE:COLUMN: SEVERITY: MESSAGE [RULE].
 /// Line ends in a message become " / "; "kelda" stands for a file that there is not.
@@ -41,5 +45,26 @@ std::string checkJunit(CheckResult const& result);
 
 /// The JSON document of a call that could not be carried out.
 std::string checkErrorJson(std::string const& message);
+
+// Pieces of what is written of several devices, one after the other.
+
+/// The document of a device, in one line without its end: that of checkJson with the member
+/// "device" before all others; and that of a device that could not be checked.
+std::string checkJsonOfDevice(std::string const& device, CheckResult const& result);
+std::string checkErrorJsonOfDevice(std::string const& device, std::string const& message);
+
+/// A SARIF log with one run: what stands before the results; those of a device, separated by ","
+/// and a line end, "" for none; what stands behind them, with all that kept devices from being
+/// checked.
+std::string checkSarifBegin();
+std::string checkSarifResults(CheckResult const& result);
+std::string checkSarifEnd(std::vector<std::string> const& failures);
+
+/// A JUnit report with a suite for each device: what stands before the suites; that of a device, of
+/// one that could not be checked; what stands behind them.
+std::string checkJunitBegin();
+std::string checkJunitOfDevice(std::string const& device, CheckResult const& result);
+std::string checkJunitError(std::string const& device, std::string const& message);
+std::string checkJunitEnd();
 
 } // namespace KeldaTool

@@ -112,6 +112,28 @@ void addTotals(Json& object, CheckResult const& result) {
         object["filesSkipped"] = skippedFiles(result.filesSkipped);
 }
 
+Json documentOf(CheckResult const& result) {
+    Json document;
+    addFileCounts(document, result);
+    document["findings"] = findings(result);
+    addTotals(document, result);
+    return document;
+}
+
+Json errorDocument(std::string const& message) {
+    Json document;
+    document["schemaVersion"] = schemaVersion;
+    document["error"] = Json{{"message", jsonText(message)}};
+    return document;
+}
+
+// The device comes first, so that a reader of many documents sees it without looking for it.
+std::string textOfDevice(std::string const& device, Json const& document) {
+    Json object{{"device", jsonText(device)}};
+    object.update(document);
+    return object.dump();
+}
+
 std::string lineOf(Json const& document) {
     return document.dump() + "\n";
 }
@@ -119,11 +141,7 @@ std::string lineOf(Json const& document) {
 } // namespace
 
 std::string checkJson(CheckResult const& result) {
-    Json document;
-    addFileCounts(document, result);
-    document["findings"] = findings(result);
-    addTotals(document, result);
-    return documentText(document);
+    return documentText(documentOf(result));
 }
 
 std::string checkJsonLines(CheckResult const& result) {
@@ -140,10 +158,15 @@ std::string checkJsonLines(CheckResult const& result) {
 }
 
 std::string checkErrorJson(std::string const& message) {
-    Json document;
-    document["schemaVersion"] = schemaVersion;
-    document["error"] = Json{{"message", jsonText(message)}};
-    return documentText(document);
+    return documentText(errorDocument(message));
+}
+
+std::string checkJsonOfDevice(std::string const& device, CheckResult const& result) {
+    return textOfDevice(device, documentOf(result));
+}
+
+std::string checkErrorJsonOfDevice(std::string const& device, std::string const& message) {
+    return textOfDevice(device, errorDocument(message));
 }
 
 } // namespace KeldaTool

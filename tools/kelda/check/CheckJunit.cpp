@@ -115,24 +115,55 @@ std::string testCaseElement(TestCase const& testCase) {
     return content.empty() ? start + "/>\n" : start + ">\n" + content + "    </testcase>\n";
 }
 
+constexpr std::string_view declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+
+// The attributes that a suite shares with the suites around it.
+std::string attributes(std::string const& name, TestCases const& cases) {
+    auto const failed =
+        cases.count([](TestCase const& testCase) { return !testCase.failures.empty(); });
+    return fmt::format("name=\"{}\" tests=\"{}\" failures=\"{}\" errors=\"0\"", xml(name),
+                       cases.all().size(), failed);
+}
+
+std::string suiteElement(std::string const& name, TestCases const& cases) {
+    auto const skipped =
+        cases.count([](TestCase const& testCase) { return testCase.skipped != nullptr; });
+    auto text = fmt::format("  <testsuite {} skipped=\"{}\">\n", attributes(name, cases), skipped);
+    for (auto const& testCase : cases.all())
+        text += testCaseElement(testCase);
+    return text + "  </testsuite>\n";
+}
+
+constexpr char const* nameOfAll = "kelda check";
+
 } // namespace
 
 std::string checkJunit(CheckResult const& result) {
     TestCases const cases(result);
-    auto const failed =
-        cases.count([](TestCase const& testCase) { return !testCase.failures.empty(); });
-    auto const skipped =
-        cases.count([](TestCase const& testCase) { return testCase.skipped != nullptr; });
-    auto const counts =
-        fmt::format("name=\"kelda check\" tests=\"{}\" failures=\"{}\" errors=\"0\"",
-                    cases.all().size(), failed);
-    auto text = fmt::format("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                            "<testsuites {0}>\n"
-                            "  <testsuite {0} skipped=\"{1}\">\n",
-                            counts, skipped);
-    for (auto const& testCase : cases.all())
-        text += testCaseElement(testCase);
-    return text + "  </testsuite>\n</testsuites>\n";
+    return fmt::format("{}<testsuites {}>\n{}</testsuites>\n", declaration,
+                       attributes(nameOfAll, cases), suiteElement(nameOfAll, cases));
+}
+
+std::string checkJunitBegin() {
+    return fmt::format("{}<testsuites name=\"{}\">\n", declaration, nameOfAll);
+}
+
+std::string checkJunitOfDevice(std::string const& device, CheckResult const& result) {
+    return suiteElement(printable(device), TestCases(result));
+}
+
+std::string checkJunitError(std::string const& device, std::string const& message) {
+    return fmt::format("  <testsuite name=\"{}\" tests=\"1\" failures=\"0\" errors=\"1\" "
+                       "skipped=\"0\">\n"
+                       "    <testcase name=\"device\" classname=\"kelda.check\">\n"
+                       "      <error message=\"{}\"/>\n"
+                       "    </testcase>\n"
+                       "  </testsuite>\n",
+                       xml(printable(device)), xml(printable(message)));
+}
+
+std::string checkJunitEnd() {
+    return "</testsuites>\n";
 }
 
 } // namespace KeldaTool

@@ -1,9 +1,11 @@
 // What kelda check has to print, whatever the format: findings with the places that a reader opens.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "database/Device.h"
@@ -59,5 +61,9 @@ struct CheckResult {
 
     std::size_t count(KeldaDatabase::Severity severity) const;
 };
+
+/// How many findings of each severity there are, the gravest first.
+using SeverityCounts = std::array<std::pair<KeldaDatabase::Severity, std::size_t>, 3>;
+SeverityCounts severityCounts(CheckResult const& result);
 
 } // namespace KeldaTool

@@ -214,19 +214,51 @@ Json rules() {
     return array;
 }
 
-Json run(CheckResult const& result) {
+Json tool() {
     Json const driver{{"name", "kelda"}, {"semanticVersion", KELDA_VERSION}, {"rules", rules()}};
-    return {{"tool", {{"driver", driver}}},
+    return {{"driver", driver}};
+}
+
+Json run(CheckResult const& result) {
+    return {{"tool", tool()},
             {"columnKind", "unicodeCodePoints"},
             {"invocations", Json::array({Json{{"executionSuccessful", true}}})},
             {"results", results(result)}};
 }
 
+Json logOf(Json const& run) {
+    return {{"$schema", schemaUri}, {"version", "2.1.0"}, {"runs", Json::array({run})}};
+}
+
+Json notification(std::string const& text) {
+    return {{"level", "error"}, {"message", message(text)}};
+}
+
 } // namespace
 
 std::string checkSarif(CheckResult const& result) {
-    return documentText(
-        Json{{"$schema", schemaUri}, {"version", "2.1.0"}, {"runs", Json::array({run(result)})}});
+    return documentText(logOf(run(result)));
+}
+
+std::string checkSarifBegin() {
+    auto text = documentText(
+        logOf({{"tool", tool()}, {"columnKind", "unicodeCodePoints"}, {"results", Json::array()}}));
+    // Up to the bracket that opens the results, the last array of all.
+    return text.substr(0, text.rfind("[]") + 1) + "\n";
+}
+
+std::string checkSarifResults(CheckResult const& result) {
+    std::string text;
+    for (auto const& object : results(result))
+        text += (text.empty() ? "" : ",\n") + object.dump();
+    return text;
+}
+
+std::string checkSarifEnd(std::vector<std::string> const& failures) {
+    Json invocation{{"executionSuccessful", failures.empty()}};
+    for (auto const& failure : failures)
+        invocation["toolExecutionNotifications"].push_back(notification(failure));
+    return fmt::format("\n],\n\"invocations\": [{}]\n}}]}}\n", invocation.dump());
 }
 
 } // namespace KeldaTool

@@ -12,7 +12,7 @@ namespace {
 void addNamesOption(CLI::App& command, char const* name, std::vector<std::string>& rules,
                     char const* description) {
     auto* const option = command.add_option(name, rules, description);
-    option->type_name("NAME,...")->delimiter(',')->expected(1)->take_all();
+    option->type_name("NAME,...")->delimiter(',')->allow_extra_args(false);
     mustBeRule(*option);
 }
 

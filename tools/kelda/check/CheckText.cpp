@@ -91,19 +91,10 @@ std::string staleText(CheckResult const& result) {
     return text;
 }
 
-// "3 errors, 1 warning"; kinds of which there is none are not named.
-std::string countsText(CheckResult const& result) {
-    std::string text;
-    for (auto const severity : {Severity::error, Severity::warning, Severity::note})
-        if (auto const count = result.count(severity); count > 0)
-            text += (text.empty() ? "" : ", ") + counted(count, nameOf(severity));
-    return text.empty() ? "no findings" : text;
-}
-
 std::string totals(CheckResult const& result) {
-    auto text =
-        fmt::format("{} in {} and {}", countsText(result), counted(result.profiles, "profile"),
-                    counted(result.preinitFiles, "preinit file"));
+    auto text = fmt::format("{} in {} and {}", severitiesText(severityCounts(result)),
+                            counted(result.profiles, "profile"),
+                            counted(result.preinitFiles, "preinit file"));
     if (result.suppressed > 0)
         text += fmt::format(", {} allowed by comments", result.suppressed);
     if (result.inBaseline > 0)
@@ -125,12 +116,26 @@ std::string findingText(CheckedFinding const& finding, TextStyle const& style) {
            detailsText(finding, style);
 }
 
+std::string severitiesText(SeverityCounts const& counts) {
+    std::string text;
+    for (auto const& [severity, count] : counts)
+        if (count > 0)
+            text += (text.empty() ? "" : ", ") + counted(count, nameOf(severity));
+    return text.empty() ? "no findings" : text;
+}
+
 std::string checkText(CheckResult const& result, TextStyle const& style) {
     auto text = filesText(result);
     for (auto const& finding : result.findings)
         text += findingText(finding, style);
     text += staleText(result);
     return text + (text.empty() ? "" : "\n") + totals(result);
+}
+
+std::string checkTextOfDevice(std::string const& device, CheckResult const& result,
+                              TextStyle const& style) {
+    auto const heading = fmt::format("Device {}", printable(device));
+    return fmt::format("{}\n{}", painted(heading, bold, style), checkText(result, style));
 }
 
 } // namespace KeldaTool

@@ -8,8 +8,12 @@
 #include <vector>
 
 #include "check/CheckFormats.h"
+#include "check/CheckResult.h"
 
 namespace KeldaTool {
+
+/// "3 errors, 1 warning"; a severity of which there is none is not named. "no findings".
+std::string severitiesText(SeverityCounts const& counts);
 
 /// A message of several lines: further ones are indented by four blanks, so that none of them can
 /// pass for the start of another message. Newlines at its end are left out.

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,10 +41,17 @@ bool areFlagLetters(std::string const& letters);
 /// Asks about all agents but the "-Active-" variants, whose mounts their agents have as well.
 WhoAnswer askWho(KeldaDatabase::Device const& device, WhoQuestion const& question);
 
-/// The answer as a table for people, and as a document.
+/// The answer as a table for people, and as a document. `name`, where the device is one of several,
+/// is its member "device".
 std::string whoTable(KeldaDatabase::Device const& device, WhoAnswer const& answer, bool colour);
 std::string whoDocument(KeldaDatabase::Device const& device, WhoQuestion const& question,
-                        WhoAnswer const& answer);
+                        WhoAnswer const& answer, std::optional<std::string> const& name = {});
+
+/// A document in one line, with a newline at its end.
+std::string inOneLine(std::string const& document);
+
+/// "'sys/clock' with the flag 'w'", "a path that matches 'sys/*'"; the conditions with `isFull`.
+std::string askedFor(WhoQuestion const& question, bool isFull = true);
 
 /// What people are told where there are no rows: what may have been meant, or why there are none.
 std::string nobodyText(KeldaDatabase::Device const& device, WhoQuestion const& question,

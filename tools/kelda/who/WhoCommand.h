@@ -1,9 +1,11 @@
-// kelda who: which agents mount a path.
+// kelda who: which agents mount a path, of a device or of many.
 #pragma once
+
+#include <string>
 
 #include "Command.h"
 #include "DeviceOptions.h"
-#include "LoadOptions.h"
+#include "devices/DeviceBatch.h"
 #include "who/WhoAnswer.h"
 
 namespace KeldaTool {
@@ -14,9 +16,13 @@ class WhoCommand : public Command {
     Report run(bool colour) const override;
 
   private:
+    Report askDevice(bool colour) const;
+    Report askEachDevice(bool colour) const;
+
     DeviceOptions device_;
+    BatchOptions batch_;
     WhoQuestion question_;
-    Format format_ = Format::table;
+    std::string format_ = "table";
 };
 
 } // namespace KeldaTool

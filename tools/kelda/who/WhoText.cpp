@@ -1,7 +1,9 @@
 // The answer of WhoAnswer.h, written out.
 #include "who/WhoAnswer.h"
 
+#include <algorithm>
 #include <memory>
+#include <sstream>
 #include <unordered_set>
 
 #include <KeldaBase/MountFileInfo.h>
@@ -59,8 +61,11 @@ class Document {
   public:
     explicit Document(Device const& device) : device_(device), lines_(device) {}
 
-    std::string of(WhoQuestion const& question, WhoAnswer const& answer) {
+    std::string of(WhoQuestion const& question, WhoAnswer const& answer,
+                   std::optional<std::string> const& name) {
         json_.beginObject();
+        if (name)
+            json_.member("device", jsonText(*name));
         json_.member("path", jsonText(question.path));
         json_.member("flag", jsonText(question.flags));
         json_.member("type", jsonText(question.type));
@@ -170,17 +175,32 @@ std::string whoTable(Device const& device, WhoAnswer const& answer, bool colour)
     return table.text(colour) + "\n" + totals(answer);
 }
 
-std::string whoDocument(Device const& device, WhoQuestion const& question,
-                        WhoAnswer const& answer) {
-    return Document(device).of(question, answer);
+std::string whoDocument(Device const& device, WhoQuestion const& question, WhoAnswer const& answer,
+                        std::optional<std::string> const& name) {
+    return Document(device).of(question, answer, name);
+}
+
+std::string inOneLine(std::string const& document) {
+    std::istringstream lines(document);
+    std::string text;
+    for (std::string line; std::getline(lines, line);) {
+        // Strings hold no line ends, so blanks at the start of a line only indent it.
+        text += line.substr(std::min(line.find_first_not_of(' '), line.size()));
+        if (text.ends_with(','))
+            text += ' ';
+    }
+    return text + "\n";
+}
+
+std::string askedFor(WhoQuestion const& question, bool isFull) {
+    return fmt::format("{}'{}'{}",
+                       PathPattern(question.path).isLiteral() ? "" : "a path that matches ",
+                       printable(question.path), isFull ? conditionsOf(question) : "");
 }
 
 std::string nobodyText(Device const& device, WhoQuestion const& question, WhoAnswer const& answer) {
     PathPattern const wanted(question.path);
-    auto const path = printable(question.path);
-    auto text = fmt::format("kelda: no agent mounts {}'{}'{}",
-                            wanted.isLiteral() ? "" : "a path that matches ", path,
-                            answer.leftOut == 0 ? "" : conditionsOf(question));
+    auto text = fmt::format("kelda: no agent mounts {}", askedFor(question, answer.leftOut > 0));
     if (answer.leftOut > 0)
         text += withoutConditions(question, answer.leftOut);
     else if (wanted.isLiteral())
