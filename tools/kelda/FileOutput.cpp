@@ -61,12 +61,25 @@ bool writeInto(std::string const& path, std::string_view text) {
     return file.number() != -1 && writeAll(file.number(), text);
 }
 
-// Puts a new file in the place of the old one.
-bool replaceFile(std::string const& path, std::string_view text, mode_t mode) {
-    auto temporary = path + ".XXXXXX";
+// A name beside the file. Parsers that scan the folder pass over names that begin with a dot.
+std::string temporaryBeside(std::filesystem::path const& path) {
+    return (path.parent_path() / fmt::format(".{}.XXXXXX", path.filename().string())).string();
+}
+
+// Who owns the old file owns the new one, as far as the caller may give files away.
+void keepOwner(int descriptor, struct stat const& old) {
+    [[maybe_unused]] int const ignored = fchown(descriptor, old.st_uid, old.st_gid);
+}
+
+// Puts a new file in the place of the old one, if there is one.
+bool replaceFile(std::string const& path, std::string_view text, struct stat const* old) {
+    auto temporary = temporaryBeside(path);
     Descriptor const file(mkstemp(temporary.data()));
     if (file.number() == -1)
         return false;
+    if (old != nullptr)
+        keepOwner(file.number(), *old);
+    auto const mode = old != nullptr ? old->st_mode & 07777 : usualMode();
     if (writeAll(file.number(), text) && fchmod(file.number(), mode) == 0 &&
         fsync(file.number()) == 0 && std::rename(temporary.c_str(), path.c_str()) == 0)
         return true;
@@ -88,7 +101,7 @@ void writeWholeFile(std::string const& path, std::string_view text) {
     bool const isWritten =
         exists && !S_ISREG(status.st_mode)
             ? writeInto(target, text)
-            : replaceFile(target, text, exists ? status.st_mode & 07777 : usualMode());
+            : replaceFile(target, text, exists ? &status : nullptr);
     if (!isWritten)
         fail("write", path);
 }

@@ -7,7 +7,8 @@
 namespace KeldaTool {
 
 /// Writes a whole file: readers see the old one or the new one, never a piece. A link is followed,
-/// the permissions of a file that is there are kept, and what is no regular file is written into.
+/// the permissions of a file that is there are kept, its owner as far as the caller may give files
+/// away, and what is no regular file is written into.
 /// Throws std::runtime_error, which says what went wrong.
 void writeWholeFile(std::string const& path, std::string_view text);
 
