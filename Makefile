@@ -6,7 +6,9 @@ JOBS ?= 2
 CMAKE_FLAGS ?=
 
 build_packages := g++ make cmake ninja-build libfmt-dev libcli11-dev nlohmann-json3-dev scdoc
-test_packages := libgtest-dev libgmock-dev librapidcheck-dev python3-jsonschema zsh bash-completion
+# The browser is for the page of `kelda report`, dot and vim for what is written for them.
+test_packages := libgtest-dev libgmock-dev librapidcheck-dev python3-jsonschema zsh bash-completion \
+    chromium chromium-driver python3-selenium graphviz vim
 # CPack asks `file` what is a program; man-db and pkgconf are for the checks of what is installed.
 package_packages := dpkg-dev file man-db pkgconf
 bench_packages := libbenchmark-dev

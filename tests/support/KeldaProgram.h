@@ -6,8 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -23,6 +21,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "ExampleDevice.h"
+#include "FileContent.h"
 #include "TemporaryDirectory.h"
 
 namespace support {
@@ -45,11 +45,11 @@ struct Words : std::vector<std::string> {
     }
 };
 
-inline std::string contentOf(std::filesystem::path const& file) {
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-        throw std::runtime_error("cannot read " + file.string());
-    return {std::istreambuf_iterator<char>(stream), {}};
+// The built program, or the one that the environment names: tests need not be compiled once more to
+// run on another build of it.
+inline std::string testedProgram() {
+    char const* const named = std::getenv("KELDA_TESTED_PROGRAM");
+    return named == nullptr ? KELDA_PROGRAM : named;
 }
 
 class KeldaProgram {
@@ -156,6 +156,7 @@ class KeldaProgram {
     }
 
     [[noreturn]] void becomeProgram(Words words) const {
+        auto const program = testedProgram();
         for (auto const& name : unset_)
             unsetenv(name.c_str());
         for (auto const& [name, value] : set_)
@@ -171,7 +172,7 @@ class KeldaProgram {
         for (auto& word : words)
             arguments.push_back(word.data());
         arguments.push_back(nullptr);
-        execv(KELDA_PROGRAM, arguments.data());
+        execv(program.c_str(), arguments.data());
         _exit(127);
     }
 
@@ -219,10 +220,6 @@ class KeldaProgram {
 inline Words foldersOf(std::filesystem::path const& device) {
     return {"--preinit", (device / "preinit").string(), "--profiles",
             (device / "profiles").string()};
-}
-
-inline std::filesystem::path exampleDevice() {
-    return std::filesystem::path(KELDA_SOURCE_DIR) / "examples/device";
 }
 
 // What the program is expected to print, kept beside the tests.

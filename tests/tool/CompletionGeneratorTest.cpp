@@ -2,9 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <BashCompletion.h>
 #include <CLI/CLI.hpp>
-#include <ZshCompletion.h>
+#include <completion/BashCompletion.h>
+#include <completion/ZshCompletion.h>
 
 #include "BashOffers.h"
 

@@ -39,6 +39,10 @@ INSTANTIATE_TEST_SUITE_P(
                     HelpCall{{"who", "--help"}, "help-who.txt"},
                     HelpCall{{"agents", "--help"}, "help-agents.txt"},
                     HelpCall{{"tree", "--help"}, "help-tree.txt"},
+                    HelpCall{{"diff", "--help"}, "help-diff.txt"},
+                    HelpCall{{"fmt", "--help"}, "help-fmt.txt"},
+                    HelpCall{{"report", "--help"}, "help-report.txt"},
+                    HelpCall{{"graph", "--help"}, "help-graph.txt"},
                     HelpCall{{"completion", "--help"}, "help-completion.txt"},
                     HelpCall{{"completion", "bash", "-h"}, "help-completion.txt"}));
 

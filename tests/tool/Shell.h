@@ -35,7 +35,7 @@ inline std::string shellQuoted(std::string const& text) {
 
 // The folder of the built program, by which shells find it.
 inline std::string programFolder() {
-    return std::filesystem::path(KELDA_PROGRAM).parent_path().string();
+    return std::filesystem::path(testedProgram()).parent_path().string();
 }
 
 inline std::string completionScript(std::string const& shell) {
