@@ -207,6 +207,68 @@ TEST(AVariant, IsToldOfWhereItsChangeIsAnother) {
                             "profiles/A:3: [A-%s]"));
 }
 
+TEST(AVariant, IsMissedWhereItWent) {
+    auto const profile = [](char const* keywords, char const* flags) {
+        return fmt::format("agentName:A-%s\nactiveMount\n{}a,T,{}\n", keywords, flags);
+    };
+    EXPECT_THAT(changes(profile("matchActiveName\n", "r"), profile("", "r")),
+                ElementsAre("match-active-name-changed dangerous by keyword: 'yes' -> 'no', "
+                            "profiles/A:3 => -: [A-%s]"));
+    EXPECT_THAT(changes(profile("", "w"), profile("matchActiveName\n", "w")),
+                ElementsAre("match-active-name-changed risky by keyword: 'no' -> 'yes', - => "
+                            "profiles/A:3: [A-%s]"));
+    // What writes is in a profile that the variant passes over.
+    EXPECT_THAT(changes(profile("", "r"), profile("matchActiveName\n", "r"),
+                        {{"profiles/B", "agentName:A-%s\nb,T,w\n"}}),
+                ElementsAre("match-active-name-changed notable by keyword: 'no' -> 'yes', - => "
+                            "profiles/A:3: [A-%s]"));
+}
+
+TEST(AToken, TakesAnotherPartOfTheNameOnlyInPathsThatHoldIt) {
+    EXPECT_THAT(changes("agentName:A-%s\nx/%s,T,r\na,T,r\n", "agentName:A-%s$\nx/%s,T,r\na,T,r\n"),
+                ElementsAre("tokens-changed risky by agent-name: 'A-%s' -> 'A-%s$', profiles/A:1 "
+                            "=> profiles/A:1: x/%s [A-%s$]"));
+    // It is not the last one any more.
+    EXPECT_THAT(changes("agentName:A-%s$\nx/%s,T,r\n", "agentName:A-%s-%t$\nx/%s,T,r\n"),
+                ElementsAre("tokens-changed risky by agent-name: 'A-%s$' -> 'A-%s-%t$', "
+                            "profiles/A:1 => profiles/A:1: x/%s [A-%s-%t$]"));
+    EXPECT_THAT(changes("agentName:A-%s\na,T,r\n", "agentName:A-%s$\na,T,r\n"), IsEmpty());
+    EXPECT_THAT(changes("agentName:A-%s-%t$\nx/%s,T,r\n", "agentName:A-%s-%t\nx/%s,T,r\n"),
+                IsEmpty());
+    EXPECT_THAT(changes("agentName:A-%s\nx/%s,T,r\n", "agentName:A-%s-%t\nx/%s,T,r\n"), IsEmpty());
+    EXPECT_THAT(changes("agentName:A-%s$\nx/%s,T,r\n", "agentName:A-%other$\nx/%other,T,r\n"),
+                IsEmpty());
+}
+
+TEST(TraceOfAFault, ReachesThePreinitLineOfAPathWithTokens) {
+    std::string const profile = "agentName:A-%s\nx/%s,T,r\n";
+    ComparedDevices devices({{"preinit/P", preinit}, {"profiles/A", profile}},
+                            {{"preinit/P", "a,T\n"}, {"profiles/A", profile}});
+    auto const found = devices.changes();
+    ASSERT_FALSE(found.empty());
+    EXPECT_THAT(found[0], testing::StartsWith("fault-added dangerous by preinit: "));
+    EXPECT_THAT(found[0], testing::EndsWith("', preinit/P:4 => -: [A-%s]"));
+}
+
+TEST(TraceOfAFault, ReachesTheConditionThatMadeATypeNeedless) {
+    auto const found =
+        changes("agentName:A-%s\nCondition: c\nz/%s,T,r\n", "agentName:A-%s\nz/%s,T,r\n");
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_THAT(found[0], testing::StartsWith("fault-added dangerous by keyword: "));
+    EXPECT_THAT(found[0], testing::EndsWith("', profiles/A:2 => -: [A-%s]"));
+}
+
+TEST(ADeclaredPath, StandsWhereItsTypeDoes) {
+    FileTexts const profile = {{"profiles/A", "agentName:A\n"}};
+    auto with = profile, without = profile;
+    with["preinit/P"] = "a,T\ns,Old\ns,New\n";
+    without["preinit/P"] = "a,T\n";
+    EXPECT_THAT(ComparedDevices(without, with).changes(),
+                ElementsAre("preinit-added harmless by line: '' -> 'New', - => preinit/P:3: s []"));
+    EXPECT_THAT(ComparedDevices(with, without).changes(),
+                ElementsAre("preinit-removed risky by line: 'New' -> '', preinit/P:3 => -: s []"));
+}
+
 TEST(TraceOfAFaultOfSeveralLines, EndsAtThoseThatCame) {
     FileTexts const files = {{"profiles/B", "agentName:A\nactiveMount\n"}};
     auto const found = changes("agentName:A\na,T,r\n", "agentName:A\na,T,r\nCondition: x\n", files);

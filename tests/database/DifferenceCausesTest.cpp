@@ -150,7 +150,7 @@ TEST(PlantedKeyword, ReachesTheDirectoriesOfActiveMounts) {
                    "=> -: fan [Table-%name], fan/%name [Table-%name]"}},
                  {"-Active- variants",
                   {{"profiles/Table", "activeMount\n", "activeMount\nmatchActiveName\n"}},
-                  {"match-active-name-changed notable by keyword: 'no' -> 'yes', - => "
+                  {"match-active-name-changed risky by keyword: 'no' -> 'yes', - => "
                    "profiles/Table:3: [Table-%name]"}}});
 }
 

@@ -94,6 +94,15 @@ struct Totals {
     std::string text;
 };
 
+TEST(DiffText, SaysOfNoAgentThatItHasChanged) {
+    DiffResult result;
+    auto declared = change(ChangeKind::preinitAdded, ChangeClass::harmless, "", "T");
+    declared.paths = {{"a/b", {}, "T"}};
+    result.difference = {{declared}, 7, 7};
+    auto const text = diffText(result, false);
+    EXPECT_TRUE(text.ends_with("\n1 change (1 harmless) of declared paths only\n")) << text;
+}
+
 TEST(DiffText, EndsWithTotals) {
     using enum ChangeClass;
     for (auto const& [classes, before, after, lesser, following, text] : {

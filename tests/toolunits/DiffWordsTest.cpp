@@ -58,6 +58,8 @@ std::vector<Told> const everyKind = {
     {matchActiveNameChanged, "yes", "no", "agent has no -Active- variant any more", ""},
     {noDefaultMountGroupChanged, "no", "yes", "agent refuses the default mount groups now", ""},
     {noDefaultMountGroupChanged, "yes", "no", "agent takes the default mount groups again", ""},
+    {tokensChanged, "A-%b", "A-%b$", "token takes another part of the agent's name",
+     "<A-%b> -> <A-%b$>"},
     {preinitAdded, "", "T", "declaration added", "type: <T>"},
     {preinitRemoved, "T", "", "declaration removed", "type was: <T>"},
     {preinitTypeChanged, "A", "B", "declared type changed", "<A> -> <B>"},
@@ -120,10 +122,12 @@ TEST(DiffWords, TellNoCauseOfWhatTheLineItselfSays) {
     for (auto const& row : KeldaDatabase::changeTable()) {
         auto made = change(row.kind, row.most, "a", "b");
         made.cause = ChangeCause::keyword;
-        bool const isOfKeyword = row.kind >= groupAdded && row.kind < preinitAdded;
+        bool const isOfKeyword = row.kind >= groupAdded && row.kind < tokensChanged;
         EXPECT_EQ(causeText(made, quoted).empty(), isOfKeyword) << nameOf(row.kind);
         made.cause = ChangeCause::preinit;
         EXPECT_EQ(causeText(made, quoted).empty(), row.kind >= preinitAdded) << nameOf(row.kind);
+        made.cause = ChangeCause::agentName;
+        EXPECT_EQ(causeText(made, quoted).empty(), row.kind == tokensChanged) << nameOf(row.kind);
     }
 }
 

@@ -178,7 +178,7 @@ std::string inOneOnly(Facts const& told, Facts const& known) {
 // What no document tells of an agent.
 bool isBeyondDocuments(ChangeKind kind) {
     return kind == ChangeKind::groupPriorityChanged || kind == ChangeKind::conditionChanged ||
-           kind == ChangeKind::matchActiveNameChanged || kind >= ChangeKind::preinitAdded;
+           kind == ChangeKind::matchActiveNameChanged || kind >= ChangeKind::tokensChanged;
 }
 
 // As DocumentFacts has it.

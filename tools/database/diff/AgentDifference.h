@@ -37,11 +37,13 @@ class AgentDifference {
     void stand(Agent const* old, Agent const* now);
 
     void compareSettings(AgentMeaning const& old, AgentMeaning const& now);
+    ChangeClass classOfVariant(bool isNew) const;
     void compareRootFlags(AgentMeaning const& old, AgentMeaning const& now);
     void compareMounts(AgentMeaning const& old, AgentMeaning const& now);
     void compareMount(MountMeaning const* old, MountMeaning const* now);
     void compareFlags(MountMeaning const* old, MountMeaning const* now, bool follows);
     void compareGroups(MountMeaning const& old, MountMeaning const& now);
+    void compareTokens(MountMeaning const& old, MountMeaning const& now);
     void compareConditions(MountMeaning const& old, MountMeaning const& now);
     void explainFollowing(std::size_t begin);
     Cause causeOfFollowing(std::map<std::string, Cause> const& changed, std::string path) const;

@@ -6,6 +6,8 @@
 
 #include <KeldaUtil/MountFlags.h>
 
+#include "AgentNamesShown.h"
+
 namespace KeldaDatabase {
 namespace {
 
@@ -165,7 +167,7 @@ bool meanTheSame(DeviceSide& before, ProfileId old, DeviceSide& after, ProfileId
     auto const& b = after.device().profiles[now];
     if (a.kind != b.kind || a.agentKey != b.agentKey || a.hasTokens() != b.hasTokens() ||
         a.saysMatchActiveName != b.saysMatchActiveName || a.mounts.size() != b.mounts.size() ||
-        a.keywords.size() != b.keywords.size())
+        a.keywords.size() != b.keywords.size() || restToken(a) != restToken(b))
         return false;
     for (std::size_t i = 0; i < a.keywords.size(); ++i) {
         auto const& keyword = before.device().keywords[a.keywords.begin + i];

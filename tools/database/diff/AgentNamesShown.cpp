@@ -70,4 +70,17 @@ std::string withTokenNumbers(std::string_view text, std::vector<std::string> con
     return numbered;
 }
 
+std::size_t restToken(Profile const& profile) {
+    if (!profile.hasTokens() || !profile.agentName.view().ends_with('$'))
+        return 0;
+    return Kelda::MountFileInfo::tokenize(profile.agentName, "-%").size() - 1;
+}
+
+bool holdsToken(std::string_view text, std::size_t number, std::size_t count) {
+    std::vector<std::string> names(count, "%other");
+    auto const withoutIt = withTokenNames(text, names);
+    names[number - 1] = "%it";
+    return withTokenNames(text, names) != withoutIt;
+}
+
 } // namespace KeldaDatabase

@@ -48,6 +48,8 @@ class Causes {
     Cause ofGroup(AgentPair const& agents, Lines const& before, Lines const& after);
     /// Of the priority of a mount group, with one path line in it of each device.
     Cause ofPriority(std::size_t before, std::size_t after);
+    /// Of what the tokens in a path take: the agent-name lines above its path lines.
+    Cause ofTokens(Lines const& before, Lines const& after);
     Cause ofConditions(AgentPair const& agents, Lines const& before, Lines const& after);
     /// Of a setting of an agent, with the keyword lines that decide.
     Cause ofSetting(AgentPair const& agents, std::optional<std::size_t> before,

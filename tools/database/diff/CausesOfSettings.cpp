@@ -21,6 +21,22 @@ Cause Causes::ofSetting(AgentPair const& agents, std::optional<std::size_t> befo
     return cause;
 }
 
+Cause Causes::ofTokens(Lines const& before, Lines const& after) {
+    Cause all;
+    auto const add = [&](Tracer& tracer, Lines const& lines) {
+        auto const& device = tracer.here().device();
+        for (auto const line : lines)
+            if (auto const name = tracer.agentNameLine(
+                    tracer.here(), device.profiles[device.mounts[line].profile].file)) {
+                Trace const trace{ChangeCause::agentName, {*name}, {}};
+                all.add(&tracer == &forward_ ? fromHere(trace) : fromThere(trace));
+            }
+    };
+    add(forward_, before);
+    add(backward_, after);
+    return all;
+}
+
 Trace Causes::lostSubAgent(Tracer& tracer, std::size_t index, Agent const& agentThere) {
     auto const& keyword = tracer.here().device().keywords[index];
     auto trace = tracer.lostKeyword(index, agentThere);

@@ -62,15 +62,23 @@ std::int32_t DeviceSide::editorLine(Place const& place) {
     return places_.textOf(device_.pathOf(place)).editorLine(place.line);
 }
 
+// Files in which nothing changed need not be read once more.
+std::map<std::int32_t, std::vector<std::size_t>> const& DeviceSide::mountsByLine(FileId file) {
+    if (mountsOfFile_.empty())
+        for (std::size_t i = 0; i < device_.mounts.size(); ++i)
+            if (device_.mounts[i].place.isKnown())
+                mountsOfFile_[device_.mounts[i].place.file].push_back(i);
+    auto const [entry, added] = mountsByLine_.try_emplace(file);
+    if (auto const mounts = mountsOfFile_.find(file); added && mounts != mountsOfFile_.end())
+        for (auto const mount : mounts->second)
+            entry->second[editorLine(device_.mounts[mount].place)].push_back(mount);
+    return entry->second;
+}
+
 std::span<std::size_t const> DeviceSide::mountsAt(FileId file, std::int32_t line) {
-    if (mounts_.empty())
-        for (std::size_t i = 0; i < device_.mounts.size(); ++i) {
-            auto const& place = device_.mounts[i].place;
-            if (place.isKnown())
-                mounts_[{place.file, editorLine(place)}].push_back(i);
-        }
-    auto const found = mounts_.find({file, line});
-    if (found == mounts_.end())
+    auto const& mounts = mountsByLine(file);
+    auto const found = mounts.find(line);
+    if (found == mounts.end())
         return {};
     return found->second;
 }

@@ -53,6 +53,7 @@ class DeviceSide {
     Condition const& conditionOf(std::size_t mount);
 
   private:
+    std::map<std::int32_t, std::vector<std::size_t>> const& mountsByLine(FileId file);
     void findConditions();
     void findConditions(Profile const& profile);
     std::uint32_t conditionOf(std::vector<std::size_t> const& keywords);
@@ -64,7 +65,9 @@ class DeviceSide {
     PlaceReader places_;
     std::map<std::pair<FileFamily, FileName>, FileId> files_;
     std::map<FileId, WrittenFile> written_;
-    std::map<std::pair<FileId, std::int32_t>, std::vector<std::size_t>> mounts_;
+    using Mounts = std::vector<std::size_t>;
+    std::map<FileId, Mounts> mountsOfFile_; // of all files, but only these files were read:
+    std::map<FileId, std::map<std::int32_t, Mounts>> mountsByLine_;
     std::map<FileId, ProfileId> profiles_;
     std::unordered_map<Rook::String, PreinitDeclaration const*> typeGivers_, directoryGivers_;
     std::vector<std::uint32_t> conditionOfMount_;

@@ -43,6 +43,7 @@ enum class ChangeKind : std::uint8_t {
     activeMountChanged,
     matchActiveNameChanged,
     noDefaultMountGroupChanged,
+    tokensChanged, ///< a token in a path takes one part of the agent string, or all that is left
     preinitAdded,
     preinitRemoved,
     preinitTypeChanged,
@@ -102,9 +103,9 @@ struct ChangedMount {
 /// "::" for the one without a name, and "KEY::NAME" where the profile is that of another agent name
 /// than the agent's own; for priorities the number, 0 without a "MountGroup:" line; for conditions
 /// the line, "Condition: a text", several joined by ", "; sub-agents joined by ", "; "passive" and
-/// "active" for active mounts; "no" and "yes" for matchActiveName, noDefaultMountGroup and config
-/// paths; the type of a preinit path that came or went. An agent that came or went has none, see
-/// `mounts`.
+/// "active" for active mounts; for tokens the agent names that they stand in, joined by ", "; "no"
+/// and "yes" for matchActiveName, noDefaultMountGroup and config paths; the type of a preinit path
+/// that came or went. An agent that came or went has none, see `mounts`.
 ///
 /// A place stands without the Include line that led there if several did.
 struct Change {

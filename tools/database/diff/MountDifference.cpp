@@ -3,6 +3,7 @@
 #include <set>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "AgentDifference.h"
 #include "AgentNamesShown.h"
@@ -51,6 +52,27 @@ bool hasConditions(Device const& device, MountMeaning const& mount) {
                        [&](std::size_t line) { return device.mounts[line].isConditional; });
 }
 
+bool takesRest(Device const& device, std::size_t line) {
+    auto const& mount = device.mounts[line];
+    auto const token = restToken(device.profiles[mount.profile]);
+    return token > 0 && holdsToken(mount.path.view(), token, token);
+}
+
+// Whether tokens in the path take all that is left, of some of its lines or of each.
+std::set<bool> takesRest(Device const& device, MountMeaning const& mount) {
+    std::set<bool> answers;
+    for (auto const line : mount.lines)
+        answers.insert(takesRest(device, line));
+    return answers;
+}
+
+std::string agentNames(Device const& device, MountMeaning const& mount) {
+    std::set<std::string> names;
+    for (auto const line : mount.lines)
+        names.emplace(device.profiles[device.mounts[line].profile].agentName.view());
+    return fmt::format("{}", fmt::join(names, ", "));
+}
+
 bool isFlagKind(FoundChange const& change) {
     return change.kind >= ChangeKind::mountAdded && change.kind <= ChangeKind::typeChanged;
 }
@@ -93,6 +115,7 @@ void AgentDifference::compareMount(MountMeaning const* old, MountMeaning const* 
         compareFlags(old, now, old->own == now->own);
         compareGroups(*old, *now);
         compareConditions(*old, *now);
+        compareTokens(*old, *now);
     }
 }
 
@@ -166,6 +189,16 @@ void AgentDifference::compareConditions(MountMeaning const& old, MountMeaning co
         return;
     auto& change = add(ChangeKind::conditionChanged, ChangeClass::risky, shownConditions(before),
                        shownConditions(after), causes_.ofConditions(agents_, old.lines, now.lines));
+    change.path = shown(now.path);
+}
+
+// A path is the same whatever its tokens take; the paths that come of it are not.
+void AgentDifference::compareTokens(MountMeaning const& old, MountMeaning const& now) {
+    if (takesRest(before_.device(), old) == takesRest(after_.device(), now))
+        return;
+    auto& change =
+        add(ChangeKind::tokensChanged, ChangeClass::risky, agentNames(before_.device(), old),
+            agentNames(after_.device(), now), causes_.ofTokens(old.lines, now.lines));
     change.path = shown(now.path);
 }
 

@@ -17,7 +17,8 @@ struct Declared {
     std::string attribute;
     bool isConfig = false;
     PreinitDeclaration const* typeLine = nullptr;
-    PreinitDeclaration const* firstLine = nullptr;
+    PreinitDeclaration const* firstLine = nullptr; ///< gives the attribute
+    PreinitDeclaration const* lastLine = nullptr;  ///< gives the type, unless it is given elsewhere
     PreinitDeclaration const* configLine = nullptr;
 };
 
@@ -43,6 +44,7 @@ DeclaredPaths declaredBy(DeviceSide& side) {
         std::string const path(line.path.view());
         auto& declared = paths[keyOf(path)];
         declared.path = path;
+        declared.lastLine = &line;
         if (declared.firstLine == nullptr) {
             declared.firstLine = &line;
             declared.attribute = attributeText(line.attr);
@@ -64,11 +66,11 @@ class Comparison {
 
     void added(Declared const& now) {
         add(ChangeKind::preinitAdded, ChangeClass::harmless, now, "", now.type,
-            causes_.ofPreinit(nullptr, now.firstLine));
+            causes_.ofPreinit(nullptr, now.lastLine));
     }
     void removed(Declared const& old) {
         add(ChangeKind::preinitRemoved, ChangeClass::risky, old, old.type, "",
-            causes_.ofPreinit(old.firstLine, nullptr));
+            causes_.ofPreinit(old.lastLine, nullptr));
     }
     void both(Declared const& old, Declared const& now) {
         if (old.type != now.type)

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "AgentDifference.h"
+#include "database/paths/AgentMounts.h"
 
 namespace KeldaDatabase {
 namespace {
@@ -52,13 +53,29 @@ void AgentDifference::compareSettings(AgentMeaning const& old, AgentMeaning cons
             causes_.ofSubAgents(agents_, before.subAgentLines, after.subAgentLines));
     }
     if (old.matchesActiveName != now.matchesActiveName)
-        add(ChangeKind::matchActiveNameChanged, ChangeClass::notable, answer(old.matchesActiveName),
-            answer(now.matchesActiveName),
+        add(ChangeKind::matchActiveNameChanged, classOfVariant(now.matchesActiveName),
+            answer(old.matchesActiveName), answer(now.matchesActiveName),
             causes_.ofSetting(agents_, old.matchActiveLine, now.matchActiveLine));
     if (old.refusesDefault != now.refusesDefault)
         add(ChangeKind::noDefaultMountGroupChanged, ChangeClass::notable,
             answer(old.refusesDefault), answer(now.refusesDefault),
             causes_.ofSetting(agents_, old.refusalLine, now.refusalLine));
+}
+
+// Of the variant that came, or went, with all that it mounts.
+ChangeClass AgentDifference::classOfVariant(bool isNew) const {
+    if (!isNew)
+        return ChangeClass::dangerous;
+    auto const& device = after_.device();
+    for (auto const id : agents_.after->profiles) {
+        auto const& profile = device.profiles[id];
+        if (!profile.saysMatchActiveName && !profile.isDefaultGroup())
+            continue;
+        for (auto i = profile.mounts.begin; i < profile.mounts.end; ++i)
+            if (isMounted(device.mounts[i]) && writes(device.mounts[i].flags))
+                return ChangeClass::risky;
+    }
+    return ChangeClass::notable;
 }
 
 void AgentDifference::compareRootFlags(AgentMeaning const& old, AgentMeaning const& now) {

@@ -194,21 +194,29 @@ FollowedMount Tracer::follow(std::size_t index, Agent const& agentThere) {
              {{matches_.counterpart(version_, by.file), sameInclude.value_or(0)}}}};
 }
 
-// The same line, which is refused there or stands for another path.
+// What lets a line make a mount without a type: on one side only, the path is refused on the other.
+Trace Tracer::conditionsOf(std::size_t mount, std::size_t candidate) {
+    Trace trace{ChangeCause::keyword, {}, {}};
+    if (isMounted(here_.device().mounts[mount]))
+        for (auto const keyword : here_.conditionOf(mount).keywords)
+            trace.here.push_back(lineOf(here_.device().keywords[keyword].place));
+    if (isMounted(there_.device().mounts[candidate]))
+        for (auto const keyword : there_.conditionOf(candidate).keywords)
+            trace.there.push_back(lineOfThere(there_.device().keywords[keyword].place));
+    return trace;
+}
+
+// The same line, which is refused here or there, or stands for another path.
 Trace Tracer::otherPath(std::size_t index, std::size_t candidate) {
     auto const& mount = here_.device().mounts[index];
     auto const& other = there_.device().mounts[candidate];
     auto const line = lineOf(mount.place);
     auto const fields = pathFields(textOf(line));
     Trace trace;
-    if (fields && !isMounted(other)) {
+    if (fields && !(isMounted(mount) && isMounted(other))) {
         trace = lostType(fields->path);
-        auto const& condition = here_.conditionOf(index);
-        if (trace.here.empty() && trace.there.empty() && !condition.keywords.empty()) {
-            trace.cause = ChangeCause::keyword;
-            for (auto const keyword : condition.keywords)
-                trace.here.push_back(lineOf(here_.device().keywords[keyword].place));
-        }
+        if (trace.here.empty() && trace.there.empty())
+            trace = conditionsOf(index, candidate);
     } else if (fields) {
         trace = otherAliases(fields->path, mount.profile, lineInProfile(here_.device(), mount),
                              other.profile, lineInProfile(there_.device(), other));

@@ -82,6 +82,7 @@ class Tracer {
     std::vector<std::size_t> candidates(std::size_t mount, std::int32_t line);
     bool isIncludedAlike(Mount const& mount, Mount const& candidate);
     Trace otherPath(std::size_t mount, std::size_t candidate);
+    Trace conditionsOf(std::size_t mount, std::size_t candidate);
     void addAliases(std::string_view text, ProfileId profile, std::int32_t line,
                     ProfileId profileThere, std::int32_t lineThere, int depth, Trace& trace);
     void addAgentNames(ProfileId profile, ProfileId profileThere, Trace& trace);

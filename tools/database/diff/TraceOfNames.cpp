@@ -20,11 +20,13 @@ Alias const* definitionOf(Device const& device, std::string const& token, Profil
         return nullptr;
     auto const name = lowerCase(token);
     auto const& range = device.profiles[profile].aliases;
-    Alias const* last = nullptr;
-    for (auto i = range.begin; i < range.end; ++i)
-        if (device.aliases[i].place.line < line && lowerCase(device.aliases[i].name.view()) == name)
-            last = &device.aliases[i];
-    return last;
+    for (auto i = range.end; i-- > range.begin;) {
+        auto const& alias = device.aliases[i];
+        if (alias.place.line < line && alias.name.size() == name.size() &&
+            lowerCase(alias.name.view()) == name)
+            return &alias;
+    }
+    return nullptr;
 }
 
 } // namespace

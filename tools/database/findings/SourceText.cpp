@@ -168,6 +168,7 @@ std::string bytesOfFile(std::string const& path) {
         read = std::fread(bytes.data() + size, 1, chunk, file.get());
         bytes.resize(size + read);
     }
+    bytes.shrink_to_fit(); // most files are small, and there may be thousands
     return bytes;
 }
 

@@ -19,9 +19,11 @@ namespace {
 std::string agentsText(DiffResult const& result) {
     auto const count = result.agentCount();
     auto const& difference = result.difference;
+    if (count == 0)
+        return "of declared paths only";
     if (difference.agentsBefore != difference.agentsAfter || count > difference.agentsAfter)
-        return counted(count, "agent");
-    return fmt::format("{} of {}", count, counted(difference.agentsAfter, "agent"));
+        return fmt::format("for {}", counted(count, "agent"));
+    return fmt::format("for {} of {}", count, counted(difference.agentsAfter, "agent"));
 }
 
 std::string withoutChangesText(DiffResult const& result) {
@@ -65,7 +67,7 @@ std::string totalsText(DiffResult const& result) {
     auto const& changes = result.difference.changes;
     if (changes.empty())
         return withoutChangesText(result);
-    return fmt::format("{} ({}) for {}", counted(changes.size(), "change"),
+    return fmt::format("{} ({}) {}", counted(changes.size(), "change"),
                        classesText(result.counts()), agentsText(result));
 }
 

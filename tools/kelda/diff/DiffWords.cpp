@@ -26,7 +26,7 @@ struct KindWords {
 };
 
 // In the order of the enumeration.
-constexpr std::array<KindWords, 25> kindWords{{
+constexpr std::array<KindWords, 26> kindWords{{
     {.headline = "agent added"},
     {.headline = "agent removed"},
     {.values = Values::text, .headline = "agent stops at a fault"},
@@ -53,6 +53,7 @@ constexpr std::array<KindWords, 25> kindWords{{
     {.values = Values::yesOrNo,
      .headline = "agent refuses the default mount groups now",
      .ifNo = "agent takes the default mount groups again"},
+    {.values = Values::text, .headline = "token takes another part of the agent's name"},
     {.values = Values::text, .headline = "declaration added", .before = "type: "},
     {.values = Values::text, .headline = "declaration removed", .before = "type was: "},
     {.values = Values::text, .headline = "declared type changed"},
@@ -97,8 +98,10 @@ std::string_view wordsFor(Change const& change) {
 // Whether a change is about the lines that cause it: a keyword's about keyword lines.
 bool isAboutItsCause(Change const& change) {
     bool const isOfPreinit = change.kind >= ChangeKind::preinitAdded;
-    bool const isOfKeyword = change.kind >= ChangeKind::groupAdded && !isOfPreinit;
+    bool const isOfTokens = change.kind == ChangeKind::tokensChanged;
+    bool const isOfKeyword = change.kind >= ChangeKind::groupAdded && !isOfPreinit && !isOfTokens;
     return (isOfPreinit && change.cause == ChangeCause::preinit) ||
+           (isOfTokens && change.cause == ChangeCause::agentName) ||
            (isOfKeyword && change.cause == ChangeCause::keyword);
 }
 
