@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <new>
 #include <thread>
 
 #include "DeviceBatches.h"
@@ -23,6 +24,7 @@ using KeldaTool::ExitStatus;
 using KeldaTool::Report;
 using toolunits::BatchCall;
 using toolunits::deviceWords;
+using toolunits::EndlessDevices;
 using toolunits::OtherProcess;
 using toolunits::Pipe;
 
@@ -137,6 +139,21 @@ TEST(DeviceBatch, ThatThrowsIsAWrongCallWhateverTheOthersAre) {
     EXPECT_EQ(outcome.last.status, ExitStatus::wrongCall);
 }
 
+TEST(DeviceBatch, ThatHasNoMemoryIsAFailure) {
+    auto const ask = [](std::string const&) -> Report { throw std::bad_alloc(); };
+    auto const outcome = asked({"a"}, 1, ask);
+    EXPECT_EQ(outcome.err, "kelda: a: std::bad_alloc\n");
+    EXPECT_EQ(outcome.last.status, ExitStatus::failure);
+}
+
+TEST(DeviceBatch, TellsHowAProcessEndedWhereTheProgramWasToIgnoreThat) {
+    auto const before = std::signal(SIGCHLD, SIG_IGN);
+    auto const outcome = asked({"is killed", "a"}, 2, spoilt);
+    std::signal(SIGCHLD, before);
+    EXPECT_EQ(outcome.out, "a\n");
+    EXPECT_EQ(outcome.err, "kelda: is killed: ended by signal 9 (Killed)\n");
+}
+
 TEST(DeviceBatch, NamesADeviceOnceInAMessage) {
     auto const refuse = [](std::string const& device) -> Report {
         if (device == "here")
@@ -169,6 +186,8 @@ TEST(DeviceBatch, AddsCountsUpForItsEnd) {
     auto const report = askEachCounted(
         call.options(),
         [](std::string const& device) {
+            if (device == "no number")
+                throw std::runtime_error("not to be counted");
             return CountedReport{Report(), {std::stoull(device), 1}};
         },
         {"", "", "."},
@@ -255,27 +274,6 @@ TEST(DeviceBatch, WritesAnAnswerBeforeTheNextOneIsThere) {
     }
 }
 
-// Devices that tell by a byte that they work, and then do so until they are ended. The pipe ends
-// when none of them is left.
-class EndlessDevices {
-  public:
-    Report operator()(std::string const& device) const {
-        if (device == "done")
-            return echo(device);
-        lifeline_->put('.');
-        for (;;)
-            pause();
-    }
-    void expectToEnd() const {
-        lifeline_->closeWriteEnd();
-        EXPECT_EQ(lifeline_->rest(), "");
-    }
-    std::string started(std::size_t count) const { return lifeline_->next(count); }
-
-  private:
-    std::shared_ptr<Pipe> lifeline_ = std::make_shared<Pipe>();
-};
-
 TEST(DeviceBatch, LeavesNoProcessWhenTheProgramIsEnded) {
     for (int const signal : {SIGTERM, SIGINT, SIGKILL, SIGHUP}) {
         EndlessDevices const endless;
@@ -284,7 +282,7 @@ TEST(DeviceBatch, LeavesNoProcessWhenTheProgramIsEnded) {
         EXPECT_EQ(endless.started(2), "..");
         batch.signal(signal);
         EXPECT_EQ(batch.wait(), 128 + signal);
-        endless.expectToEnd();
+        EXPECT_EQ(endless.untilTheEnd(), "");
     }
 }
 
@@ -301,7 +299,7 @@ TEST(DeviceBatch, EndsWithItsProcessesWhenNobodyReadsTheAnswers) {
     out.closeReadEnd();
     mayAnswer.put('!');
     EXPECT_EQ(batch.wait(), 66);
-    endless.expectToEnd();
+    EXPECT_EQ(endless.untilTheEnd(), "");
 }
 
 TEST(DeviceBatch, EndsEarlyWhereAnswersCannotBeWritten) {
@@ -334,6 +332,26 @@ TEST(DeviceBatch, GoesOnWithFewerProcessesWhereThereCannotBeMore) {
         askEach(call.options(), echo);
     }
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "d0\nd1\nd2\nd3\nd4\nd5\nd6\nd7\nd8\nd9\n");
+}
+
+// Each device tells how many files it can open, while as many others as possible are at work.
+TEST(DeviceBatch, GivesADeviceRoomForItsFilesHoweverManyWork) {
+    auto const ask = [](std::string const&) -> Report {
+        std::this_thread::sleep_for(20ms);
+        int files = 0;
+        while (open("/dev/null", O_RDONLY | O_CLOEXEC) >= 0)
+            ++files;
+        return {std::to_string(files) + " ", "", ExitStatus::success};
+    };
+    for (unsigned const jobs : {1U, 8U}) {
+        BatchCall const call(deviceWords(numbered(8), jobs));
+        testing::internal::CaptureStdout();
+        {
+            support::FewDescriptors const few(6);
+            askEach(call.options(), ask);
+        }
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), "5 5 5 5 5 5 5 5 ") << jobs;
+    }
 }
 
 TEST(DeviceBatch, TellsOfDevicesForWhichThereCanBeNoProcess) {

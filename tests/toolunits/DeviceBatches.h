@@ -7,6 +7,7 @@
 #include <chrono>
 #include <csignal>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -108,6 +109,28 @@ class Pipe {
     }
 
     int ends_[2] = {-1, -1};
+};
+
+// Devices that tell by a byte that they work, and then do so until they are ended. The pipe ends
+// when none of them is left.
+class EndlessDevices {
+  public:
+    KeldaTool::Report operator()(std::string const& device) const {
+        if (device == "done")
+            return {"done\n", "", KeldaTool::ExitStatus::success};
+        lifeline_->put('.');
+        for (;;)
+            pause();
+    }
+    // To be asked where none was started any more: "" once all of them have ended.
+    std::string untilTheEnd() const {
+        lifeline_->closeWriteEnd();
+        return lifeline_->rest();
+    }
+    std::string started(std::size_t count) const { return lifeline_->next(count); }
+
+  private:
+    std::shared_ptr<Pipe> lifeline_ = std::make_shared<Pipe>();
 };
 
 // A process that does something in the place of the test; its exit status is what that returns.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <deque>
 #include <memory>
@@ -57,6 +58,12 @@ std::string failureMessage(std::string const& device, std::string const& what) {
                    : fmt::format("kelda: {}: {}\n", printable(device), printable(what));
 }
 
+// Whoever started the program may have had it ignore this signal: then the system forgets how a
+// process ended.
+void letProcessesTellTheirEnds() {
+    std::signal(SIGCHLD, SIG_DFL);
+}
+
 class Batch {
   public:
     Batch(std::vector<std::string> devices, unsigned jobs, DeviceProcess::Ask const& ask,
@@ -68,6 +75,7 @@ class Batch {
 
     // Returns the worst status.
     ExitStatus run() {
+        letProcessesTellTheirEnds();
         writeResultsNow(text_.begin);
         while (written_ < devices_.size()) {
             startMore();
@@ -96,7 +104,8 @@ class Batch {
 
     // False when a process has to end before there can be another one.
     bool start(std::string const& device) {
-        auto process = DeviceProcess::start(ask_, device);
+        auto process = DeviceProcess::start(
+            [this](std::string const& name) { return askAlone(name); }, device);
         if (process == nullptr && working() > 0)
             return false;
         DeviceFailure failure;
@@ -104,6 +113,15 @@ class Batch {
             failure.what = fmt::format("cannot start a process: {}", std::strerror(errno));
         started_.push_back({std::move(process), std::move(failure)});
         return true;
+    }
+
+    // In the process of the device. The pipes of the others take the places of files that it may
+    // open: what it can read must not depend on how many there are.
+    CountedReport askAlone(std::string const& device) {
+        for (auto& started : started_)
+            if (started.process != nullptr)
+                started.process->closePipe();
+        return ask_(device);
     }
 
     void waitForNews() {

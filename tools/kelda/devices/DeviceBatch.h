@@ -80,10 +80,11 @@ constexpr std::size_t batchWindow(unsigned jobs) {
 /// on their way, so memory does not grow with their number. What is written does not depend on the
 /// number of jobs.
 ///
-/// A device without an answer is told of as "kelda: DEVICE: WHAT", and the others go on: an
-/// exception of `ask` counts as a wrong call; a process that ends without an answer, because of a
-/// signal or otherwise, or that cannot be started, as a failure. On a terminal it is shown how many
-/// devices are done, unless results go there as well; `ask` should show no progress of its own.
+/// A device without an answer is told of as "kelda: DEVICE: WHAT", and the others go on: a
+/// std::runtime_error of `ask` counts as a wrong call; another exception, or a process that ends
+/// without an answer, because of a signal or otherwise, or that cannot be started, as a failure. On
+/// a terminal it is shown how many devices are done, unless results go there as well; `ask` should
+/// show no progress of its own.
 ///
 /// Returns what is left to report; its status is the worst one: wrong call, failure, success.
 /// Throws OutputLost, see Output.h, when results cannot be written. Whatever ends the call, or the

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstring>
 #include <optional>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -80,8 +81,10 @@ std::optional<DeviceOutcome> outcomeIn(std::string&& received) {
 DeviceOutcome outcomeOf(DeviceProcess::Ask const& ask, std::string const& device) {
     try {
         return ask(device);
-    } catch (std::exception const& error) {
+    } catch (std::runtime_error const& error) {
         return DeviceFailure{error.what(), ExitStatus::wrongCall};
+    } catch (std::exception const& error) {
+        return DeviceFailure{error.what(), ExitStatus::failure}; // no memory, for instance
     }
 }
 

@@ -34,17 +34,19 @@ class DeviceProcess {
 
     /// The end of the pipe, to wait for something to read.
     int descriptor() const { return pipe_; }
+    /// Leaves the pipe to others: for another process, which has inherited it.
+    void closePipe() noexcept;
     /// Takes what can be read now. False when nothing will come any more.
     bool readOn();
-    /// The answer, or why there is none: an exception (a wrong call), a signal, an early end. Waits
-    /// for the process to end. To be called once, after readOn() was false.
+    /// The answer, or why there is none: an exception (a std::runtime_error is a wrong call), a
+    /// signal, an early end. Waits for the process to end. To be called once, after readOn() was
+    /// false.
     DeviceOutcome outcome();
 
   private:
     DeviceProcess(int pipe, pid_t process) : pipe_(pipe), process_(process) {}
 
     int waitForEnd() noexcept;
-    void closePipe() noexcept;
 
     int pipe_;
     pid_t process_;
