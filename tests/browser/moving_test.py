@@ -1,5 +1,7 @@
 """Addresses, Back, and the whole page by keyboard alone."""
 
+import devices
+import setting
 from page_case import PageCase, address_of
 from selenium.webdriver.common.keys import Keys
 
@@ -175,3 +177,27 @@ class KeyboardTest(PageCase):
                         self.find_all("button, a, input, [tabindex='0']")
                         if element.is_displayed() and not element.accessible_name]
             self.assertEqual(nameless, [])
+
+
+class LongListTest(PageCase):
+    device_name = "long"
+
+    @classmethod
+    def make_device(cls):
+        lines = "".join(f"m/{number:03}, T, r\n" for number in range(220))
+        return devices.make_device(setting.work() / "long", {"M": lines.replace(", r", "")},
+                                   {"A": f"agentName: A\n{lines}"})
+
+    def focused_name(self):
+        return self.driver.execute_script("return document.activeElement.getAttribute('aria-label')")
+
+    def test_who_asks_for_more_by_a_key_goes_on_at_what_came(self):
+        self.open(address_of("agent", "A"))
+        self.assertEqual(self.texts("#agent-details .more"), ["Show 100 more (120 mounts left)"])
+        self.find("#agent-details .more button").send_keys(Keys.ENTER)
+        self.assertEqual(self.focused_name(), "Lines of m/100")
+        self.assertEqual(self.texts("#agent-details .more"), ["Show 20 more (20 mounts left)"])
+        self.find("#agent-details .more button").send_keys(Keys.ENTER)
+        self.assertEqual(self.focused_name(), "Lines of m/200")
+        self.assertEqual(self.texts("#agent-details .more"), [])
+        self.assertEqual(len(self.find_all(".mounts tbody")), 220)

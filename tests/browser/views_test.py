@@ -155,8 +155,20 @@ class FindingsTest(PageCase):
         self.open(address_of("findings"))
         self.search("finding", "alias-redefined linkreporter")
         self.assertEqual(self.texts(".finding .place"), ["profiles/LinkReporter:16:8"])
+        self.search("finding", "profiles/LinkReporter:16:8")
+        self.assertEqual(self.texts(".finding .place"), ["profiles/LinkReporter:16:8"])
         self.search("finding", "nothing of this kind")
         self.assertEqual(self.texts(".empty-title"), ["No finding matches."])
+
+    def test_a_finding_without_a_place_is_not_found_by_one(self):
+        self.open(address_of("findings"))
+        found = self.driver.execute_script("""
+            const finding = {severity: 'error', rule: 'file-unreadable', message: 'Unable to read',
+                             file: -1, line: -1, column: -1};
+            const index = new DeviceIndex({files: [], findings: [finding]});
+            return ['undefined', '-1', 'unable'].map(
+                (text) => searchFindings(index, text, ['error']).length);""")
+        self.assertEqual(found, [0, 0, 1])
 
 
 class FaultsTest(PageCase):

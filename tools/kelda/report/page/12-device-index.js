@@ -114,6 +114,13 @@ class DeviceIndex {
         return `${this.data.files[file]}:${line}`;
     }
 
+    /** "file:line:column" of a finding, as far as it has them. */
+    placeOfFinding({file = -1, line, column = 0}) {
+        if (file < 0)
+            return "";
+        return this.placeText([file, line]) + (column > 0 ? `:${column}` : "");
+    }
+
     /** Whether all lines of a mount name the agent itself, so that no other agent has its path. */
     isOwn(mount) {
         this.#ownMounts ??= ownMountsOf(this.mounts, this.lines);

@@ -140,7 +140,7 @@ function searchFindings(index, text, severities) {
     const holdsWords = (finding) => {
         if (words.length === 0)
             return true;
-        const place = index.placeText([finding.file, finding.line]);
+        const place = index.placeOfFinding(finding);
         const texts = [finding.message, finding.rule, place, finding.hint ?? ""];
         const all = texts.join(" ").toLowerCase();
         return words.every((word) => all.includes(word));

@@ -78,18 +78,29 @@ function makeEmpty(title, ...rest) {
 /** Appends the first items and, for the rest, a button that brings the next piece. */
 function appendInPieces(container, items, makeItem, piece, noun) {
     let shown = 0;
-    const holder = make("div", {class: "more"});
+    const button = make("button", {type: "button", class: "button"});
+    const holder = make("div", {class: "more"}, button);
     const showNext = () => {
         container.append(...items.slice(shown, shown + piece).map(makeItem));
         shown = Math.min(shown + piece, items.length);
-        holder.replaceChildren();
         const left = items.length - shown;
-        if (left > 0)
-            holder.append(make("button", {type: "button", class: "button", on: {click: showNext}},
-                               `Show ${Math.min(left, piece)} more (${counted(left, noun)} left)`));
+        button.textContent = `Show ${Math.min(left, piece)} more (${counted(left, noun)} left)`;
+        if (left === 0)
+            button.remove();
     };
+    button.addEventListener("click", () => {
+        const last = container.lastElementChild;
+        showNext();
+        focusIn(last.nextElementSibling);
+    });
     showNext();
     return holder;
+}
+
+// Who goes on by keys does so at the first of the new items, not below them or nowhere.
+function focusIn(item) {
+    const links = "a, button";
+    (item.matches(links) ? item : item.querySelector(links))?.focus();
 }
 
 /** Tells those who hear the page rather than see it. */

@@ -75,10 +75,9 @@ class FindingsView {
         this.list.replaceChildren(list, more);
     }
 
-    #makeFinding({severity, rule, file, line, column, message, hint}) {
-        const hasPlace = file !== undefined && file >= 0;
-        const place = hasPlace
-            ? this.index.placeText([file, line]) + (column > 0 ? `:${column}` : "") : null;
+    #makeFinding(finding) {
+        const {severity, rule, message, hint} = finding;
+        const place = this.index.placeOfFinding(finding);
         const summary = this.index.data.rules?.[rule];
         return make("li", {class: "finding"},
                     make("span", {class: `severity ${severity}`}, severity),
