@@ -17,7 +17,8 @@
 #include "support/CleanEnvironment.h"
 #include "support/Corpus.h"
 #include "support/Device.h"
-#include "support/KeldaProgram.h"
+#include "support/ExampleDevice.h"
+#include "support/FileContent.h"
 
 namespace {
 

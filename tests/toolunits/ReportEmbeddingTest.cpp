@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <map>
 
-#include "support/KeldaProgram.h"
+#include "support/FileContent.h"
 #include "support/TemporaryDirectory.h"
 
 namespace {

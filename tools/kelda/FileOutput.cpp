@@ -98,10 +98,9 @@ void writeWholeFile(std::string const& path, std::string_view text) {
     auto const target = ignored ? path : resolved;
     struct stat status {};
     bool const exists = stat(target.c_str(), &status) == 0;
-    bool const isWritten =
-        exists && !S_ISREG(status.st_mode)
-            ? writeInto(target, text)
-            : replaceFile(target, text, exists ? &status : nullptr);
+    bool const isWritten = exists && !S_ISREG(status.st_mode)
+                               ? writeInto(target, text)
+                               : replaceFile(target, text, exists ? &status : nullptr);
     if (!isWritten)
         fail("write", path);
 }
