@@ -162,7 +162,12 @@ class OtherProcess {
     }
 
   private:
-    static int statusOf(std::function<int()> const& work) noexcept { return work(); }
+    // What a shell starts in the background ignores some signals, and so would this process.
+    static int statusOf(std::function<int()> const& work) noexcept {
+        for (int const number : {SIGINT, SIGQUIT, SIGHUP, SIGTERM})
+            std::signal(number, SIG_DFL);
+        return work();
+    }
 
     pid_t process_;
 };
