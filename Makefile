@@ -87,7 +87,7 @@ check-format:
 
 tidy:
 	cmake -S . -B $(BUILD)-tidy -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DKELDA_TESTS=OFF >/dev/null
-	run-clang-tidy -quiet -j $(JOBS) -p $(BUILD)-tidy '^$(CURDIR)/(framework|KeldaBase)/.*\.cpp$$'
+	run-clang-tidy -quiet -j $(JOBS) $(TIDY_FLAGS) -p $(BUILD)-tidy '^$(CURDIR)/(framework|KeldaBase)/.*\.cpp$$'
 
 clean:
 	rm -rf $(BUILD) $(BUILD)-*
